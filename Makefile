@@ -1,0 +1,44 @@
+# Entry points for people and CI. Every target installs missing dependencies first.
+BUILD ?= build
+SANITIZE ?=
+BUILD_TYPE ?= RelWithDebInfo
+CTEST_JOBS ?= 2
+
+.PHONY: all deps configure build test test-tsan demo bench format clean
+
+all: build
+
+deps:
+	@scripts/install-deps
+
+configure: deps
+	@cmake -S . -B $(BUILD) -G Ninja -DCMAKE_BUILD_TYPE=$(BUILD_TYPE) -DVESK_SANITIZE="$(SANITIZE)" \
+		$(CMAKE_ARGS) > $(BUILD).configure.log || (cat $(BUILD).configure.log; exit 1)
+
+build: configure
+	@cmake --build $(BUILD)
+
+# Runs every test. SANITIZE=address,undefined builds with those sanitizers.
+test: build
+	@ctest --test-dir $(BUILD) --output-on-failure -j$(CTEST_JOBS) --no-tests=error
+
+# Builds only the threaded tests with ThreadSanitizer and runs them.
+test-tsan: deps
+	@cmake -S . -B build-tsan -G Ninja -DCMAKE_BUILD_TYPE=RelWithDebInfo -DVESK_SANITIZE=thread \
+		-DVESK_BUILD_ALL=OFF > build-tsan.configure.log || (cat build-tsan.configure.log; exit 1)
+	@cmake --build build-tsan --target threaded_tests
+	@TSAN_OPTIONS="halt_on_error=1 second_deadlock_stack=1" \
+		ctest --test-dir build-tsan -L threaded --output-on-failure -j$(CTEST_JOBS) --no-tests=error
+
+# The main job: the benchmarks of the station database for now.
+demo: build
+	@$(BUILD)/bench/bench_database --benchmark_min_time=0.2
+
+bench: build
+	@for b in $(BUILD)/bench/bench_*; do $$b; done
+
+format:
+	@git ls-files '*.h' '*.cc' | xargs clang-format -i
+
+clean:
+	@rm -rf build build-* *.configure.log

@@ -1,0 +1,23 @@
+# vesk_add_gtest(NAME SOURCES src... LIBS lib... [THREADED])
+# Builds one GoogleTest binary and registers its tests with CTest.
+# THREADED tests also run in the ThreadSanitizer job (label "threaded").
+add_custom_target(threaded_tests)
+
+function(vesk_add_gtest name)
+  cmake_parse_arguments(ARG "THREADED" "" "SOURCES;LIBS" ${ARGN})
+  if(NOT VESK_BUILD_ALL AND NOT ARG_THREADED)
+    return()
+  endif()
+  add_executable(${name} ${ARG_SOURCES})
+  target_link_libraries(${name} PRIVATE ${ARG_LIBS} GTest::gtest GTest::gtest_main Threads::Threads)
+  target_include_directories(${name} PRIVATE ${PROJECT_SOURCE_DIR}/tests)
+  set(labels unit)
+  if(ARG_THREADED)
+    list(APPEND labels threaded)
+    add_dependencies(threaded_tests ${name})
+  endif()
+  gtest_discover_tests(${name}
+    DISCOVERY_TIMEOUT 60
+    PROPERTIES LABELS "${labels}" TIMEOUT 300)
+endfunction()
+include(GoogleTest)
