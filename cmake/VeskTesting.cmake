@@ -11,9 +11,10 @@ function(vesk_add_gtest name)
   add_executable(${name} ${ARG_SOURCES})
   target_link_libraries(${name} PRIVATE ${ARG_LIBS} GTest::gtest GTest::gtest_main Threads::Threads)
   target_include_directories(${name} PRIVATE ${PROJECT_SOURCE_DIR}/tests)
+  # One label per test: "threaded" ones also run in the ThreadSanitizer job.
   set(labels unit)
   if(ARG_THREADED)
-    list(APPEND labels threaded)
+    set(labels threaded)
     add_dependencies(threaded_tests ${name})
   endif()
   gtest_discover_tests(${name}

@@ -1,0 +1,185 @@
+#include "host/Host.h"
+
+#include "host/PluginLoader.h"
+#include "platform/IDatabase.h"
+#include "platform/Logger.h"
+#include "platform/OrlController.h"
+#include "station/StationConfig.h"
+#include "station/database/Database.h"
+#include "station/framework/FrameworkControl.h"
+
+namespace vesk {
+namespace host {
+namespace {
+
+const OrlStateChangeReason kReasonHost = 0;
+
+}  // namespace
+
+Host::Host() : _plugin(new PluginLoader) {
+    _portal.addService(&_coordinator.record1()->header);
+    _portal.addService(&_coordinator.record2()->header);
+    _portal.addService(&_sessions.record()->header);
+    _portal.addService(&_threadContext.record()->header);
+    _portal.addService(&_stubs.repository1()->header);
+    _portal.addService(&_stubs.repository2()->header);
+    _portal.addService(&_stubs.repository3()->header);
+    _portal.addService(&_stubs.eventRouter()->header);
+}
+
+Host::~Host() {
+    stop();
+    unload();
+    if (_stateOpen) {
+        vesk::db::close();
+    }
+}
+
+bool Host::openState(const std::string& directory, std::string* error) {
+    vesk::station::setStateDirectory(directory);
+    if (!vesk::db::open(directory, error)) {
+        return false;
+    }
+    _stateOpen = true;
+    return true;
+}
+
+void Host::setStatus(int status) {
+    vesk::station::setHostStatus(status);
+    if (_stateOpen && IDatabase::isPresentInDB("OAM", 1)) {
+        IDatabase::setAttribute("OAM", 1, "TIBStatus", AttributeVariant(status), false,
+                                IPCData::AVT_INT32, false, 0);
+    }
+    VESK_INFO("host: status %s", OrlController::OrlStatusLiteral(status).c_str());
+}
+
+Host::LoadStatus Host::load(const std::string& path, std::string* error) {
+    PluginLoader::Status opened = _plugin->open(path, error);
+    if (opened != PluginLoader::kLoaded) {
+        VESK_ERROR("host: %s", error->c_str());
+        return opened == PluginLoader::kCannotOpen ? kCannotOpen : kMissingSymbol;
+    }
+    setStatus(OrlController::TIB_STARTING);
+    size_t before = components().size();
+    OrlReturnT result = _plugin->init(_portal.accessor());
+    if (result != OrlOk) {
+        *error = "plug-in " + path + " refused to initialise (" + std::to_string(result) + ")";
+        VESK_ERROR("host: %s", error->c_str());
+        return kInitFailed;
+    }
+    std::vector<std::string> names = components().names();
+    _agent = names.size() > before ? names[before] : std::string();
+    return kLoaded;
+}
+
+OrlReturnT Host::start(std::string* error) {
+    std::string failed;
+    OrlReturnT result = components().startAll(kReasonHost, &failed);
+    if (result != OrlOk) {
+        if (error != nullptr) {
+            *error = "component " + failed + " failed to start (" + std::to_string(result) + ")";
+        }
+        return result;
+    }
+    setStatus(OrlController::TIB_RUNNING);
+    return OrlOk;
+}
+
+void Host::stop() {
+    if (components().started().empty()) {
+        return;
+    }
+    setStatus(OrlController::TIB_SHUTTING_DOWN);
+    components().stopAll(kReasonHost);
+}
+
+void Host::terminate() {
+    if (_plugin->isOpen()) {
+        _plugin->terminate();
+    }
+}
+
+void Host::unload() {
+    if (!_plugin->isOpen()) {
+        return;
+    }
+    terminate();
+    // The plug-in's records live in its library: nothing may point at them once it is closed.
+    for (const std::string& name : components().removeAll()) {
+        VESK_INFO("host: component %s was still registered at unload", name.c_str());
+    }
+    _plugin->close();
+    _agent.clear();
+    setStatus(OrlController::TIB_STOPPED);
+}
+
+void Host::refuseInterface(const std::string& service, const std::string& interfaceName,
+                           const std::string& version, OrlReturnT code) {
+    _portal.refuse(service, interfaceName, version, code);
+}
+
+void Host::clearRefusals() {
+    _portal.clearRefusals();
+}
+
+void Host::provideService(OrlMgmtSpiInterface_1* record) {
+    _portal.addService(record);
+}
+
+void* Host::agentRecord(const char* interfaceName, const char* version) {
+    return _agent.empty() ? nullptr : components().find(_agent, interfaceName, version);
+}
+
+OrlOamSpiManagedObject_3* Host::agentManagedObject() {
+    return static_cast<OrlOamSpiManagedObject_3*>(agentRecord("OrlOamSpiManagedObject", "3"));
+}
+
+OrlOamSpiTransactionalResource_2* Host::agentTransactionalResource() {
+    return static_cast<OrlOamSpiTransactionalResource_2*>(
+        agentRecord("OrlOamSpiTransactionalResource", "2"));
+}
+
+OrlReturnT Host::begin(OrlTxHandleT* tx) {
+    OrlOamSpiTransactionalResource_2* resource = agentTransactionalResource();
+    if (resource == nullptr) {
+        return OrlNotExist;
+    }
+    *tx = _coordinator.open();
+    OrlReturnT result = _coordinator.join(*tx, resource);
+    if (result != OrlOk && result != OrlAlreadyJoined) {
+        _coordinator.abort(*tx);
+        return result;
+    }
+    return OrlOk;
+}
+
+OrlReturnT Host::commit(OrlTxHandleT tx) {
+    ThreadContext::beginRequest();
+    return _coordinator.commit(tx);
+}
+
+OrlReturnT Host::abort(OrlTxHandleT tx) {
+    ThreadContext::beginRequest();
+    return _coordinator.abort(tx);
+}
+
+uint64_t Host::openSession(int32_t protocol, const std::string& user) {
+    uint64_t session = _sessions.open(protocol, user);
+    _sessions.bind(session);
+    return session;
+}
+
+OrlReturnT Host::closeSession() {
+    uint64_t session = 0;
+    if (_sessions.bound(&session) != OrlOk) {
+        return OrlNotExist;
+    }
+    return _sessions.close(session);
+}
+
+void* Host::pluginSymbol(const char* name) const {
+    return _plugin->symbol(name);
+}
+
+}  // namespace host
+}  // namespace vesk

@@ -1,0 +1,124 @@
+// The reference management host, as a C++ object: it opens the station's state, loads one
+// plug-in, starts and stops its components, runs transactions and sessions, and calls the
+// plug-in's managed object entry points through the records it registered. One Host may live in
+// a process at a time (the host records are plain C and reach it through process-wide state).
+//
+// Lifecycle: openState, load, start, (requests), stop, terminate, unload. The destructor does
+// whatever of stop, terminate, unload and closing the state is still due.
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "host/Portal.h"
+#include "host/Sessions.h"
+#include "host/StubServices.h"
+#include "host/ThreadContext.h"
+#include "host/TransactionCoordinator.h"
+#include "platform/orl/OrlOamSpi.h"
+
+namespace vesk {
+namespace host {
+
+class PluginLoader;
+
+class Host {
+  public:
+    enum LoadStatus { kLoaded, kCannotOpen, kMissingSymbol, kInitFailed };
+
+    Host();
+    ~Host();
+    Host(const Host&) = delete;
+    Host& operator=(const Host&) = delete;
+
+    // Gives the station its state directory and opens the database there. False, with the
+    // reason in `error`, if it cannot be opened.
+    bool openState(const std::string& directory, std::string* error);
+
+    // Opens the plug-in and calls its init with the portal accessor. The first component that
+    // registers during init is the agent. `error` says what went wrong.
+    LoadStatus load(const std::string& path, std::string* error);
+    // Starts every registered component not started yet, in registration order (components
+    // registered during a start included), and reports the host as up. The first failure is
+    // returned, with the component named in `error`.
+    OrlReturnT start(std::string* error = nullptr);
+    // Reports the host as shutting down and stops the started components, last first.
+    void stop();
+    // Calls the plug-in's terminate (once).
+    void terminate();
+    // Terminates if still due and closes the plug-in library.
+    void unload();
+
+    // Test controls of the portal.
+    void refuseInterface(const std::string& service, const std::string& interfaceName,
+                         const std::string& version, OrlReturnT code);
+    void clearRefusals();
+    // Offers (or replaces) a host service record; see Portal::addService.
+    void provideService(OrlMgmtSpiInterface_1* record);
+
+    // Transactions: begin opens one and joins the agent's transactional resource to it. On a
+    // failed join the transaction is aborted and ended, and the join's answer returned.
+    OrlReturnT begin(OrlTxHandleT* tx);
+    OrlReturnT commit(OrlTxHandleT tx);
+    OrlReturnT abort(OrlTxHandleT tx);
+
+    // Opens a session with this protocol and user and binds it to the calling thread; closes
+    // the calling thread's session (OrlNotExist when none is bound).
+    uint64_t openSession(int32_t protocol, const std::string& user);
+    OrlReturnT closeSession();
+
+    // Calls slot `slot` of the agent's managed object record as one request of the calling
+    // thread: the thread's operator messages start empty. OrlNotExist when the agent has no
+    // such record, OrlFailure when the slot is null.
+    template <typename... Params, typename... Args>
+    OrlReturnT callAgent(OrlReturnT (*OrlOamSpiManagedObject_3::*slot)(Params...), Args&&... args);
+    // The operator messages of the calling thread's last request.
+    std::vector<std::string> messages() const { return ThreadContext::messages(); }
+
+    // The agent's records, or null.
+    OrlOamSpiManagedObject_3* agentManagedObject();
+    OrlOamSpiTransactionalResource_2* agentTransactionalResource();
+    const std::string& agentComponent() const { return _agent; }
+
+    // Another symbol exported by the plug-in, or null.
+    void* pluginSymbol(const char* name) const;
+
+    Portal& portal() { return _portal; }
+    ComponentRegistry& components() { return _portal.components(); }
+    TransactionCoordinator& transactions() { return _coordinator; }
+    Sessions& sessions() { return _sessions; }
+
+  private:
+    void* agentRecord(const char* interfaceName, const char* version);
+    void setStatus(int status);
+
+    Portal _portal;
+    TransactionCoordinator _coordinator;
+    Sessions _sessions;
+    ThreadContext _threadContext;
+    StubServices _stubs;
+    std::unique_ptr<PluginLoader> _plugin;
+    std::string _agent;
+    bool _stateOpen = false;
+};
+
+template <typename... Params, typename... Args>
+OrlReturnT Host::callAgent(OrlReturnT (*OrlOamSpiManagedObject_3::*slot)(Params...),
+                           Args&&... args) {
+    ThreadContext::beginRequest();
+    OrlOamSpiManagedObject_3* record = agentManagedObject();
+    if (record == nullptr) {
+        return OrlNotExist;
+    }
+    auto operation = record->*slot;
+    if (operation == nullptr) {
+        return OrlFailure;
+    }
+    return operation(std::forward<Args>(args)...);
+}
+
+}  // namespace host
+}  // namespace vesk

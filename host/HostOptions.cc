@@ -1,0 +1,69 @@
+#include "host/HostOptions.h"
+
+#include <boost/program_options.hpp>
+
+#include "station/log/LogControl.h"
+
+namespace po = boost::program_options;
+
+namespace vesk {
+namespace host {
+namespace {
+
+po::options_description describe() {
+    po::options_description options("vesk-host options");
+    options.add_options()("help,h", "print these options and exit")(
+        "plugin,p", po::value<std::string>(),
+        "the plug-in library to load (required), e.g. build/src/libtib_oam_cm_sa.so")(
+        "state,s", po::value<std::string>()->default_value("./state"),
+        "the station's state directory; the database is opened there before the plug-in loads")(
+        "log-level,l", po::value<std::string>(),
+        "the highest level written: error, warning, info, trace or a number (default info, or "
+        "VESK_LOG_LEVEL)")("log-file,f", po::value<std::string>(),
+                           "append log lines to this file instead of standard error");
+    return options;
+}
+
+}  // namespace
+
+void printHostHelp(std::ostream& out) {
+    out << "Usage: vesk-host --plugin PATH [--state DIR] [--log-level LEVEL] [--log-file FILE]\n"
+        << "Loads the plug-in, starts its components and serves until end of input or until\n"
+        << "interrupted; then stops them and unloads the plug-in.\n\n"
+        << describe();
+}
+
+bool parseHostOptions(int argc, const char* const* argv, HostOptions* options, std::string* error) {
+    po::variables_map values;
+    try {
+        po::store(po::parse_command_line(argc, argv, describe()), values);
+        po::notify(values);
+    } catch (const po::error& e) {
+        *error = e.what();
+        return false;
+    }
+    options->help = values.count("help") > 0;
+    options->stateDirectory = values["state"].as<std::string>();
+    if (values.count("plugin") > 0) {
+        options->plugin = values["plugin"].as<std::string>();
+    }
+    if (values.count("log-file") > 0) {
+        options->logFile = values["log-file"].as<std::string>();
+    }
+    if (values.count("log-level") > 0) {
+        std::string name = values["log-level"].as<std::string>();
+        options->logLevel = vesk::log::levelFromName(name);
+        if (options->logLevel < 0) {
+            *error = "unknown log level '" + name + "'";
+            return false;
+        }
+    }
+    if (!options->help && options->plugin.empty()) {
+        *error = "the option '--plugin' is required";
+        return false;
+    }
+    return true;
+}
+
+}  // namespace host
+}  // namespace vesk

@@ -1,0 +1,87 @@
+// The open station database: committed state in memory and on disk, the open handles and their
+// overlays. Every public operation may be called from any thread. Errors are logged here, one
+// error line per refused call, with `fn` (the IDatabase operation) in the text.
+#pragma once
+
+#include <list>
+#include <memory>
+#include <mutex>
+#include <shared_mutex>
+#include <string>
+#include <unordered_map>
+
+#include "platform/DBObject.h"
+#include "station/database/CommittedState.h"
+#include "station/database/Overlay.h"
+#include "station/database/SqliteStore.h"
+
+namespace vesk {
+namespace db {
+
+class Engine {
+  public:
+    // Opens the store file `path` and loads it; null with `error` set on failure.
+    static std::unique_ptr<Engine> open(const std::string& path, std::string* error);
+    ~Engine();
+
+    int openHandle();
+    bool commit(int handle);
+    bool rollback(int handle);
+    // Forgets every open handle (their changes are dropped) and checkpoints the store.
+    void shutdown();
+
+    bool isPresent(const std::string& dn);
+    // Null if absent in the view of the handle (or refused, with an error line).
+    ObjectPtr view(const std::string& dn, int handle, const char* fn);
+    std::list<ObjectPtr> viewClass(const std::string& className, int handle);
+    // Null (after an error line) if the handle or the parent is refused.
+    std::unique_ptr<std::list<std::string>> idsUnder(const std::string& parentDn,
+                                                     const std::string& className, int handle);
+
+    bool insert(const DBObject& object, int handle);
+    bool update(const DBObject& object, int handle);
+    bool deleteObject(const std::string& dn, int handle);
+    bool deleteAttribute(const std::string& dn, const std::string& name, int handle);
+    bool setAttribute(const std::string& dn, const std::string& name, const AttributeVariant& value,
+                      IPCData::AttributeValueType type, int handle);
+    bool checkpoint();
+
+  private:
+    struct Transaction {
+        std::mutex mutex;
+        Overlay overlay;
+        bool ended = false;  // committed or rolled back; guarded by mutex
+    };
+    struct Resolved;
+
+    Engine() = default;
+    // The open transaction of `handle`; null after an error line. `take` also forgets it.
+    std::shared_ptr<Transaction> findHandle(int handle, const char* fn, bool take = false);
+    bool checkAttributes(const DBObject& object, bool all, const char* fn) const;
+    // Runs `write` on the overlay of `handle`, or for handle 0 on a fresh overlay that is then
+    // committed at once.
+    template <typename F>
+    bool write(int handle, const char* fn, F&& body);
+    bool commitOverlay(const Overlay& overlay, const char* fn);
+    // Runs `body` with the overlay of `handle` (null for handle 0) under the read locks; false
+    // (after an error line) if the handle is not open.
+    template <typename F>
+    bool read(int handle, const char* fn, F&& body);
+
+    // Callers hold _stateMutex (shared or exclusive) or _commitMutex.
+    ObjectPtr viewLocked(const std::string& fullDn, const Overlay* overlay) const;
+    Resolved resolveLocked(const std::string& dn, const Overlay* overlay, const char* fn) const;
+    std::string insertDnLocked(const DBObject& object, const Overlay* overlay) const;
+    void appendInserted(const Overlay& overlay, const std::string& className,
+                        const std::string* parentDn, std::list<ObjectPtr>* out) const;
+
+    SqliteStore _store;
+    CommittedState _state;
+    mutable std::shared_mutex _stateMutex;  // readers shared; commits exclusive to swap in
+    std::mutex _commitMutex;                // one commit (and checkpoint) at a time
+    std::mutex _handlesMutex;
+    std::unordered_map<int, std::shared_ptr<Transaction>> _handles;
+};
+
+}  // namespace db
+}  // namespace vesk

@@ -1,0 +1,95 @@
+// Toolbox: the operations that read database objects.
+#include <climits>
+#include <list>
+#include <type_traits>
+
+#include "platform/Toolbox.h"
+#include "platform/VeskStrings.h"
+
+namespace {
+
+// An integer alternative whose value fits an int.
+struct IntOf : public boost::static_visitor<bool> {
+    int* out;
+    explicit IntOf(int* o) : out(o) {}
+
+    template <typename T>
+    bool operator()(const T& v) const {
+        if constexpr (std::is_integral_v<T> && !std::is_same_v<T, bool>) {
+            if constexpr (std::is_signed_v<T>) {
+                if (v < INT_MIN || v > INT_MAX)
+                    return false;
+            } else {
+                if (v > static_cast<unsigned long long>(INT_MAX))
+                    return false;
+            }
+            *out = static_cast<int>(v);
+            return true;
+        } else {
+            return false;
+        }
+    }
+};
+
+bool present(Attribute* attribute) {
+    return attribute != nullptr && !attribute->deleted;
+}
+
+}  // namespace
+
+bool Toolbox::getIntFromDBObject(DBObject* object, std::string& name, int& out) {
+    if (object == nullptr) {
+        VESK_WARNING("Toolbox::%s: Object is NULL", __func__);
+        return false;
+    }
+    Attribute* attribute = object->getAttribute(name);
+    if (!present(attribute))
+        return false;
+    int value = 0;
+    if (!boost::apply_visitor(IntOf(&value), attribute->value)) {
+        VESK_WARNING("Toolbox::%s: '%s:%s' holds no integer", __func__, object->dn.c_str(),
+                     name.c_str());
+        return false;
+    }
+    out = value;
+    return true;
+}
+
+bool Toolbox::getStringFromDBObject(DBObject* object, std::string& name, std::string& out) {
+    if (object == nullptr) {
+        VESK_WARNING("Toolbox::%s: Object is NULL", __func__);
+        return false;
+    }
+    Attribute* attribute = object->getAttribute(name);
+    if (!present(attribute))
+        return false;
+    if (const std::string* text = boost::get<std::string>(&attribute->value)) {
+        out = *text;
+        return true;
+    }
+    VESK_WARNING("Toolbox::%s: '%s:%s' holds no string", __func__, object->dn.c_str(),
+                 name.c_str());
+    return false;
+}
+
+int32_t Toolbox::getAIPhaseFromDB() {
+    DBObject* oam = IDatabase::getObject(VeskConst::OAM, 1, 0);
+    int phase = -2;
+    std::string name = VeskConst::AI_phase;
+    if (oam == nullptr || !getIntFromDBObject(oam, name, phase))
+        phase = -2;
+    delete oam;
+    return phase;
+}
+
+int Toolbox::checkModeFromDB(int handle) {
+    std::list<DBObject*> cells = IDatabase::getMOClass(VeskConst::NodeBLocalCell, handle);
+    bool wcdma = false;
+    for (DBObject* cell : cells) {
+        // Keys holding ":" are struct values of a cell, not cells.
+        if (cell->dn.find(':') == std::string::npos)
+            wcdma = true;
+        delete cell;
+    }
+    return wcdma ? 1 : 0;
+}

@@ -1,0 +1,67 @@
+#include "unit/database/DatabaseTestSupport.h"
+
+#include <cstdlib>
+#include <filesystem>
+
+#include "station/database/Database.h"
+
+namespace vesk {
+namespace dbtest {
+
+TempDir::TempDir() {
+    std::string pattern = (std::filesystem::temp_directory_path() / "vesk-db-XXXXXX").string();
+    char* made = mkdtemp(pattern.data());
+    if (made == nullptr)
+        throw std::runtime_error("mkdtemp failed");
+    _path = made;
+}
+
+TempDir::~TempDir() {
+    std::error_code ec;
+    std::filesystem::remove_all(_path, ec);
+}
+
+Attribute* attr(const std::string& name, AttributeVariant value, IPCData::AttributeValueType type) {
+    return new Attribute(false, name, value, 0, true, type, true, false);
+}
+
+std::unique_ptr<DBObject> object(const std::string& key, const std::string& parentDn,
+                                 std::initializer_list<Attribute*> attributes) {
+    auto made = std::make_unique<DBObject>(key, 1, true, false, IPCData::OPSTATE_DISABLED,
+                                           IPCData::ADMSTATE_UNLOCKED, parentDn, 1);
+    for (Attribute* a : attributes)
+        made->addAttribute(*a);
+    return made;
+}
+
+void put(const std::string& key, const std::string& parentDn,
+         std::initializer_list<Attribute*> attributes) {
+    auto made = object(key, parentDn, attributes);
+    ASSERT_NE(0, IDatabase::insert(made.get(), 0)) << parentDn << "," << key;
+}
+
+std::string committedString(const std::string& dn, const std::string& name) {
+    std::unique_ptr<DBObject> copy(IDatabase::getObject(dn, 1, 0));
+    Attribute* a = copy != nullptr ? copy->getAttribute(name) : nullptr;
+    if (a == nullptr)
+        return "<absent>";
+    return a->ToStr();
+}
+
+void DatabaseTest::SetUp() {
+    std::string error;
+    ASSERT_TRUE(db::open(_dir.path(), &error)) << error;
+}
+
+void DatabaseTest::TearDown() {
+    db::close();
+}
+
+void DatabaseTest::reopen() {
+    db::close();
+    std::string error;
+    ASSERT_TRUE(db::open(_dir.path(), &error)) << error;
+}
+
+}  // namespace dbtest
+}  // namespace vesk

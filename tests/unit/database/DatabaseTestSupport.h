@@ -1,0 +1,53 @@
+// Shared set-up of the database tests: each test gets its own state folder with an open store.
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <memory>
+#include <string>
+
+#include "platform/DBObject.h"
+#include "platform/IDatabase.h"
+#include "platform/Logger.h"
+
+namespace vesk {
+namespace dbtest {
+
+// A fresh folder under the system's temporary folder, removed with everything in it at the end.
+class TempDir {
+  public:
+    TempDir();
+    ~TempDir();
+    const std::string& path() const { return _path; }
+
+  private:
+    std::string _path;
+};
+
+// An attribute as the agent builds one: not hidden, value set, modified.
+Attribute* attr(const std::string& name, AttributeVariant value,
+                IPCData::AttributeValueType type = IPCData::AVT_STRING);
+
+// A new visible object `key` under `parentDn` with the given attributes.
+std::unique_ptr<DBObject> object(const std::string& key, const std::string& parentDn,
+                                 std::initializer_list<Attribute*> attributes = {});
+
+// Inserts `key` under `parentDn` with handle 0; asserts success.
+void put(const std::string& key, const std::string& parentDn,
+         std::initializer_list<Attribute*> attributes = {});
+
+// The string value of an attribute of the committed object; "<absent>" when missing.
+std::string committedString(const std::string& dn, const std::string& name);
+
+class DatabaseTest : public ::testing::Test {
+  protected:
+    void SetUp() override;
+    void TearDown() override;
+    // Closes and opens the same state folder again.
+    void reopen();
+
+    TempDir _dir;
+};
+
+}  // namespace dbtest
+}  // namespace vesk

@@ -1,0 +1,83 @@
+// Shared pieces of the notifier, ISec and Toolbox tests: a state folder per test with the
+// database open in it, and a subscriber that keeps copies of what it receives.
+#pragma once
+
+#include <gtest/gtest.h>
+#include <stdlib.h>
+
+#include <chrono>
+#include <condition_variable>
+#include <filesystem>
+#include <functional>
+#include <memory>
+#include <mutex>
+#include <string>
+#include <vector>
+
+#include "platform/IDatabase.h"
+#include "platform/IEventAware.h"
+#include "station/database/Database.h"
+#include "station/database/Notifier.h"
+
+namespace vesk {
+namespace test {
+
+using Ev4 = IDatabase::EventClass_ev4Notification;
+
+// Keeps a copy of every event; `onEvent`, when set, runs inside enqueueEvent.
+class CountingSubscriber : public VESK::Framework::IEventAware {
+  public:
+    bool enqueueEvent(VESK::Framework::Event const& event, bool) override {
+        if (onEvent)
+            onEvent(event);
+        std::lock_guard<std::mutex> lock(_mutex);
+        _events.emplace_back(event.copyEvent());
+        _changed.notify_all();
+        return true;
+    }
+    int processEvent(VESK::Framework::Event&) override { return 1; }
+
+    size_t count() {
+        std::lock_guard<std::mutex> lock(_mutex);
+        return _events.size();
+    }
+    // The i-th event received, as a change event (copied).
+    Ev4 at(size_t i) {
+        std::lock_guard<std::mutex> lock(_mutex);
+        return Ev4(dynamic_cast<Ev4&>(*_events.at(i)));
+    }
+    bool waitFor(size_t n) {
+        std::unique_lock<std::mutex> lock(_mutex);
+        return _changed.wait_for(lock, std::chrono::seconds(10),
+                                 [&] { return _events.size() >= n; });
+    }
+
+    std::function<void(VESK::Framework::Event const&)> onEvent;
+
+  private:
+    std::mutex _mutex;
+    std::condition_variable _changed;
+    std::vector<std::unique_ptr<VESK::Framework::Event>> _events;
+};
+
+// Opens the database in a fresh folder; closes it (which ends all subscriptions) at the end.
+class DatabaseFixture : public ::testing::Test {
+  protected:
+    void SetUp() override {
+        std::string pattern = ::testing::TempDir() + "/vesk_ev_XXXXXX";
+        ASSERT_NE(mkdtemp(pattern.data()), nullptr);
+        _dir = pattern;
+        std::string error;
+        ASSERT_TRUE(vesk::db::open(_dir, &error)) << error;
+    }
+    void TearDown() override {
+        vesk::db::close();
+        vesk::db::notifierStop();
+        std::filesystem::remove_all(_dir);
+    }
+
+    std::string _dir;
+};
+
+}  // namespace test
+}  // namespace vesk
