@@ -9,6 +9,7 @@
 #include "platform/Logger.h"
 #include "station/database/Database.h"
 #include "station/database/Engine.h"
+#include "station/database/ISecControl.h"
 #include "station/database/Notifier.h"
 
 namespace vesk {
@@ -55,6 +56,8 @@ void close() {
         return;
     g_engine->shutdown();
     g_engine.reset();
+    // The security stand-in caches committed certificate MOs; a reopened store may differ.
+    vesk::isec::reset();
 }
 
 bool isOpen() {
