@@ -44,6 +44,20 @@ bool Host::openState(const std::string& directory, std::string* error) {
     return true;
 }
 
+bool Host::loadModel(const std::string& directory, std::string* error) {
+    if (!_model.load(directory, "vesk-station", error)) {
+        VESK_ERROR("host: cannot load the model: %s", error->c_str());
+        return false;
+    }
+    _repository.reset(new model::ModelRepository(_model));
+    _portal.addService(&_repository->record1()->header);
+    _portal.addService(&_repository->record2()->header);
+    _portal.addService(&_repository->record3()->header);
+    VESK_INFO("host: model %s %s loaded from %s, %zu classes", _model.tables().momName.c_str(),
+              _model.tables().momVersion.c_str(), directory.c_str(), _model.tables().mocs.size());
+    return true;
+}
+
 void Host::setStatus(int status) {
     vesk::station::setHostStatus(status);
     if (_stateOpen && IDatabase::isPresentInDB("OAM", 1)) {

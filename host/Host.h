@@ -18,6 +18,8 @@
 #include "host/StubServices.h"
 #include "host/ThreadContext.h"
 #include "host/TransactionCoordinator.h"
+#include "host/model/ModelRepository.h"
+#include "host/model/ModelSchema.h"
 #include "platform/orl/OrlOamSpi.h"
 
 namespace vesk {
@@ -37,6 +39,14 @@ class Host {
     // Gives the station its state directory and opens the database there. False, with the
     // reason in `error`, if it cannot be opened.
     bool openState(const std::string& directory, std::string* error);
+
+    // Parses the station model (module "vesk-station" in `directory`) and offers the model
+    // repository built on it in place of the stub records. False, with "FILE:LINE: reason" in
+    // `error`, if the model is missing or invalid; the stubs then stay. Called at most once,
+    // before load.
+    bool loadModel(const std::string& directory, std::string* error);
+    // The loaded model, or null.
+    const model::ModelSchema* model() const { return _model.loaded() ? &_model : nullptr; }
 
     // Opens the plug-in and calls its init with the portal accessor. The first component that
     // registers during init is the agent. `error` says what went wrong.
@@ -100,6 +110,8 @@ class Host {
     Sessions _sessions;
     ThreadContext _threadContext;
     StubServices _stubs;
+    model::ModelSchema _model;
+    std::unique_ptr<model::ModelRepository> _repository;
     std::unique_ptr<PluginLoader> _plugin;
     std::string _agent;
     bool _stateOpen = false;

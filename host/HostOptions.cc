@@ -1,6 +1,7 @@
 #include "host/HostOptions.h"
 
 #include <boost/program_options.hpp>
+#include <filesystem>
 
 #include "station/log/LogControl.h"
 
@@ -20,7 +21,17 @@ po::options_description describe() {
         "log-level,l", po::value<std::string>(),
         "the highest level written: error, warning, info, trace or a number (default info, or "
         "VESK_LOG_LEVEL)")("log-file,f", po::value<std::string>(),
-                           "append log lines to this file instead of standard error");
+                           "append log lines to this file instead of standard error")(
+        "model,m", po::value<std::string>()->default_value(VESK_DATA_DIR "/model"),
+        "the folder of the station model's YANG files")(
+        "system-created-mos",
+        po::value<std::string>()->default_value(VESK_DATA_DIR "/conf/system_created_MOs.xml"),
+        "the system-created instance file the agent reads (sets VESK_SYSTEM_CREATED_MOS)")(
+        "load", po::value<std::string>(),
+        "load this station data file (e.g. data/station/demo-station.xml) into the empty state "
+        "directory, then exit unless --plugin is given")(
+        "station-objects", po::value<std::string>(),
+        "the station objects loaded with --load (default: station-objects.xml beside it)");
     return options;
 }
 
@@ -28,6 +39,8 @@ po::options_description describe() {
 
 void printHostHelp(std::ostream& out) {
     out << "Usage: vesk-host --plugin PATH [--state DIR] [--log-level LEVEL] [--log-file FILE]\n"
+        << "                 [--model DIR] [--system-created-mos FILE]\n"
+        << "       vesk-host --load STATION.xml [--station-objects FILE] --state DIR\n"
         << "Loads the plug-in, starts its components and serves until end of input or until\n"
         << "interrupted; then stops them and unloads the plug-in.\n\n"
         << describe();
@@ -47,6 +60,16 @@ bool parseHostOptions(int argc, const char* const* argv, HostOptions* options, s
     if (values.count("plugin") > 0) {
         options->plugin = values["plugin"].as<std::string>();
     }
+    options->modelDirectory = values["model"].as<std::string>();
+    options->systemCreatedMos = values["system-created-mos"].as<std::string>();
+    if (values.count("load") > 0) {
+        options->loadStation = values["load"].as<std::string>();
+        std::filesystem::path beside(options->loadStation);
+        options->stationObjects = (beside.parent_path() / "station-objects.xml").string();
+    }
+    if (values.count("station-objects") > 0) {
+        options->stationObjects = values["station-objects"].as<std::string>();
+    }
     if (values.count("log-file") > 0) {
         options->logFile = values["log-file"].as<std::string>();
     }
@@ -58,7 +81,7 @@ bool parseHostOptions(int argc, const char* const* argv, HostOptions* options, s
             return false;
         }
     }
-    if (!options->help && options->plugin.empty()) {
+    if (!options->help && options->plugin.empty() && options->loadStation.empty()) {
         *error = "the option '--plugin' is required";
         return false;
     }

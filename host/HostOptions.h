@@ -7,16 +7,25 @@
 namespace vesk {
 namespace host {
 
+// The environment variable through which the agent finds the system-created instance file
+// instead of its station path; vesk-host sets it from --system-created-mos.
+constexpr char kSystemCreatedMosVariable[] = "VESK_SYSTEM_CREATED_MOS";
+
 struct HostOptions {
-    std::string plugin;          // --plugin: the plug-in library to load
-    std::string stateDirectory;  // --state: the station's state directory
-    int logLevel = -1;           // --log-level as a level number; -1 leaves the threshold
-    std::string logFile;         // --log-file: append log lines here instead of stderr
-    bool help = false;           // --help: print the options and exit
+    std::string plugin;            // --plugin: the plug-in library to load
+    std::string stateDirectory;    // --state: the station's state directory
+    int logLevel = -1;             // --log-level as a level number; -1 leaves the threshold
+    std::string logFile;           // --log-file: append log lines here instead of stderr
+    bool help = false;             // --help: print the options and exit
+    std::string modelDirectory;    // --model: the folder of the station model's YANG files
+    std::string systemCreatedMos;  // --system-created-mos: the instance file for the agent
+    std::string loadStation;       // --load: a station data file to load into an empty state
+    std::string stationObjects;    // --station-objects: the non-MO objects loaded with --load
 };
 
 // Parses the arguments. False, with the reason in `error`, for an unknown option, a bad value or
-// a missing --plugin (unless --help was asked). The option help goes to `help`.
+// a missing --plugin (unless --help or --load was asked). Without --station-objects, --load takes
+// station-objects.xml beside its file. The option help goes to `help`.
 bool parseHostOptions(int argc, const char* const* argv, HostOptions* options, std::string* error);
 // Writes the option help.
 void printHostHelp(std::ostream& out);

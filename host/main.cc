@@ -3,21 +3,34 @@
 //
 // Exit status: 0 after a clean run; 1 bad options or log file; 2 the state directory or its
 // database cannot be opened; 3 the plug-in cannot be loaded (no file, or no entry symbol); 4 its
-// init refused; 5 a component failed to start.
+// init refused; 5 a component failed to start; 6 the station model is missing or invalid; 7 the
+// station data file given with --load could not be loaded.
 #include <poll.h>
 #include <signal.h>
 #include <unistd.h>
 
+#include <cstdlib>
+#include <filesystem>
 #include <iostream>
 #include <string>
 
 #include "host/Host.h"
 #include "host/HostOptions.h"
+#include "host/model/StationLoader.h"
 #include "station/log/LogControl.h"
 
 namespace {
 
-enum ExitCode { kOk = 0, kUsage = 1, kState = 2, kLoad = 3, kInit = 4, kStart = 5 };
+enum ExitCode {
+    kOk = 0,
+    kUsage = 1,
+    kState = 2,
+    kLoad = 3,
+    kInit = 4,
+    kStart = 5,
+    kModel = 6,
+    kStation = 7
+};
 
 int fail(int code, const std::string& message) {
     std::cerr << "vesk-host: " << message << "\n";
@@ -50,12 +63,44 @@ void serve(const sigset_t& signals) {
     }
 }
 
-int run(const vesk::host::HostOptions& options, const sigset_t& signals) {
-    vesk::host::Host host;
+// Loads the station data file of --load into the (empty) open state.
+int loadStation(const vesk::host::Host& host, const vesk::host::HostOptions& options) {
     std::string error;
+    vesk::host::model::StationLoader loader(*host.model());
+    if (!loader.load(options.loadStation, options.stationObjects, &error)) {
+        return fail(kStation, "cannot load " + options.loadStation + ": " + error);
+    }
+    std::cout << "vesk-host: loaded " << loader.objectCount() << " objects into "
+              << options.stateDirectory << std::endl;
+    return kOk;
+}
+
+// The model, the state and the station of --load: kOk, or the exit status.
+int prepare(vesk::host::Host& host, const vesk::host::HostOptions& options) {
+    std::string error;
+    if (!options.loadStation.empty() &&
+        !vesk::host::model::StationLoader::isEmptyStateDirectory(options.stateDirectory, &error)) {
+        return fail(kStation, error);
+    }
+    if (!host.loadModel(options.modelDirectory, &error)) {
+        return fail(kModel, "cannot load the model: " + error);
+    }
     if (!host.openState(options.stateDirectory, &error)) {
         return fail(kState, "cannot open state directory " + options.stateDirectory + ": " + error);
     }
+    return options.loadStation.empty() ? kOk : loadStation(host, options);
+}
+
+int run(const vesk::host::HostOptions& options, const sigset_t& signals) {
+    vesk::host::Host host;
+    int prepared = prepare(host, options);
+    if (prepared != kOk || options.plugin.empty()) {
+        return prepared;
+    }
+    std::error_code ignored;
+    std::string instanceFile = std::filesystem::absolute(options.systemCreatedMos, ignored);
+    setenv(vesk::host::kSystemCreatedMosVariable, instanceFile.c_str(), 1);
+    std::string error;
     switch (host.load(options.plugin, &error)) {
         case vesk::host::Host::kLoaded:
             break;

@@ -1,0 +1,66 @@
+// The object implementer component "VESKOIcomponent": a second host component inside the agent,
+// through which changes of the guarded classes pass for validation.
+//
+// What it does now: its component record and its two provided records, registration with the
+// host, and the interface fetches of its start. The rule classes and their class registrations,
+// the change dispatch and the commit checks are not carried yet: no class is guarded, so every
+// change passes.
+#pragma once
+
+#include "platform/orl/OrlMgmtSpi.h"
+#include "platform/orl/OrlOamSpi.h"
+
+namespace TibVeskOI {
+
+class VeskOI {
+  public:
+    // Made at first use (the agent's start), destroyed at library unload.
+    static VeskOI* getVeskOI();
+    virtual ~VeskOI() {}
+
+    // Keeps the portal, registers the component (its answer is only traced) and runs start().
+    OrlReturnT init(OrlMgmtSpiInterfacePortal_1* portal);
+    // Fetches the register interface (first of the array form) and the thread context; the
+    // latter's failure is returned. Also the host's start of this component.
+    virtual OrlReturnT start();
+    // Only traces.
+    virtual OrlReturnT stop();
+
+    // The transactional resource slots: they only trace.
+    OrlReturnT join(OrlTxHandleT txHandle);
+    OrlReturnT commit(OrlTxHandleT txHandle);
+    OrlReturnT abort(OrlTxHandleT txHandle);
+
+    OrlMgmtSpiComponent* getComponent() { return &_component; }
+    OrlOamSpiRegisterObjectImplementer_2* registerInterface() const { return _registerIf; }
+    OrlMgmtSpiThreadContext_2* threadContext() const { return _threadContext; }
+
+  private:
+    VeskOI();
+
+    OrlMgmtSpiComponent _component;
+    OrlMgmtSpiInterface_1* _provided[3];
+    OrlMgmtSpiInterface_1* _required[1];
+    OrlMgmtSpiInterface_1* _extra[1];
+    OrlMgmtSpiInterfacePortal_1* _portal;
+    OrlOamSpiManagedObject_3 _managedObject;
+    OrlOamSpiTransactionalResource_2 _txResource;
+    OrlOamSpiRegisterObjectImplementer_2* _registerIf;
+    bool _validated;
+    OrlMgmtSpiThreadContext_2* _threadContext;
+};
+
+}  // namespace TibVeskOI
+
+// The component's entry points; each gets the singleton and forwards.
+OrlReturnT veskoi_component_start(OrlStateChangeReason reason);
+OrlReturnT veskoi_component_stop(OrlStateChangeReason reason);
+OrlReturnT veskoi_join_2(OrlTxHandleT txHandle);
+OrlReturnT veskoi_commit_2(OrlTxHandleT txHandle);
+OrlReturnT veskoi_abort_2(OrlTxHandleT txHandle);
+OrlReturnT veskoi_setMoAttribute_3(OrlTxHandleT txHandle, const char* dn, const char* attrName,
+                                   const OrlMoAttributeValueContainer_3* value);
+OrlReturnT veskoi_createMo_3(OrlTxHandleT txHandle, const char* parentDn, const char* className,
+                             const char* keyAttrName, const char* keyAttrValue,
+                             OrlMoNamedAttributeValueContainer_3** attributes);
+OrlReturnT veskoi_deleteMo_3(OrlTxHandleT txHandle, const char* dn);
