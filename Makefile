@@ -30,9 +30,15 @@ test-tsan: deps
 	@TSAN_OPTIONS="halt_on_error=1 second_deadlock_stack=1" \
 		ctest --test-dir build-tsan -L threaded --output-on-failure -j$(CTEST_JOBS) --no-tests=error
 
-# The main job: the benchmarks of the station database for now.
+# The main job: the reference host on the demo station (loaded into a fresh state directory),
+# running a short read session through the agent. The benchmarks are `make bench`.
+DEMO_STATE ?= $(BUILD)/demo-state
 demo: build
-	@$(BUILD)/bench/bench_database --benchmark_min_time=0.2
+	@rm -rf $(DEMO_STATE)
+	@$(BUILD)/host/vesk-host --load data/station/demo-station.xml --state $(DEMO_STATE) \
+		--log-level warning
+	@$(BUILD)/host/vesk-host --plugin $(BUILD)/src/libtib_oam_cm_sa.so --state $(DEMO_STATE) \
+		--log-level warning --script data/demo/read-session.txt
 
 bench: build
 	@for b in $(BUILD)/bench/bench_*; do $$b; done

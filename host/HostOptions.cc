@@ -31,8 +31,36 @@ po::options_description describe() {
         "load this station data file (e.g. data/station/demo-station.xml) into the empty state "
         "directory, then exit unless --plugin is given")(
         "station-objects", po::value<std::string>(),
-        "the station objects loaded with --load (default: station-objects.xml beside it)");
+        "the station objects loaded with --load (default: station-objects.xml beside it)")(
+        "command,c", po::value<std::string>(), "run these ';'-separated commands, then exit")(
+        "script", po::value<std::string>(), "run the commands of this file, then exit")(
+        "strict", "stop at the first failed command, with exit status 8")(
+        "json", "print each answer as one JSON object")(
+        "protocol", po::value<std::string>()->default_value("cli"),
+        "the protocol of the operator's session: netconf, cli or none (no session)")(
+        "user", po::value<std::string>()->default_value("operator"),
+        "the user name of the operator's session");
     return options;
+}
+
+bool readCommandLineOptions(const po::variables_map& values, HostOptions* options,
+                            std::string* error) {
+    if (values.count("command") > 0) {
+        options->commands = values["command"].as<std::string>();
+    }
+    if (values.count("script") > 0) {
+        options->script = values["script"].as<std::string>();
+    }
+    options->strict = values.count("strict") > 0;
+    options->json = values.count("json") > 0;
+    options->protocol = values["protocol"].as<std::string>();
+    options->user = values["user"].as<std::string>();
+    if (options->protocol != "netconf" && options->protocol != "cli" &&
+        options->protocol != "none") {
+        *error = "unknown protocol '" + options->protocol + "' (netconf, cli or none)";
+        return false;
+    }
+    return true;
 }
 
 }  // namespace
@@ -40,9 +68,12 @@ po::options_description describe() {
 void printHostHelp(std::ostream& out) {
     out << "Usage: vesk-host --plugin PATH [--state DIR] [--log-level LEVEL] [--log-file FILE]\n"
         << "                 [--model DIR] [--system-created-mos FILE]\n"
+        << "                 [-c COMMANDS | --script FILE] [--strict] [--json]\n"
+        << "                 [--protocol netconf|cli|none] [--user NAME]\n"
         << "       vesk-host --load STATION.xml [--station-objects FILE] --state DIR\n"
         << "Loads the plug-in, starts its components and serves until end of input or until\n"
-        << "interrupted; then stops them and unloads the plug-in.\n\n"
+        << "interrupted, reading operator commands (try 'help'); then stops them and unloads\n"
+        << "the plug-in. With -c or --script it runs those commands and exits.\n\n"
         << describe();
 }
 
@@ -69,6 +100,9 @@ bool parseHostOptions(int argc, const char* const* argv, HostOptions* options, s
     }
     if (values.count("station-objects") > 0) {
         options->stationObjects = values["station-objects"].as<std::string>();
+    }
+    if (!readCommandLineOptions(values, options, error)) {
+        return false;
     }
     if (values.count("log-file") > 0) {
         options->logFile = values["log-file"].as<std::string>();

@@ -21,10 +21,18 @@ struct HostOptions {
     std::string systemCreatedMos;  // --system-created-mos: the instance file for the agent
     std::string loadStation;       // --load: a station data file to load into an empty state
     std::string stationObjects;    // --station-objects: the non-MO objects loaded with --load
+    // The operator's command line (host/cli).
+    std::string commands;           // -c: ";"-separated commands to run, then exit
+    std::string script;             // --script: a file of commands to run, then exit
+    bool strict = false;            // --strict: stop with a non-zero status at the first failure
+    bool json = false;              // --json: one JSON object per answer
+    std::string protocol = "cli";   // --protocol: netconf, cli or none
+    std::string user = "operator";  // --user: the session's user name
 };
 
 // Parses the arguments. False, with the reason in `error`, for an unknown option, a bad value or
-// a missing --plugin (unless --help or --load was asked). Without --station-objects, --load takes
+// a missing --plugin (unless --help or --load was asked), or a --protocol other than netconf, cli
+// or none. Without --station-objects, --load takes
 // station-objects.xml beside its file. The option help goes to `help`.
 bool parseHostOptions(int argc, const char* const* argv, HostOptions* options, std::string* error);
 // Writes the option help.

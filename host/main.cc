@@ -1,13 +1,12 @@
-// vesk-host: loads one plug-in, starts its components, serves until end of input or SIGINT or
-// SIGTERM, then stops the components, terminates the plug-in and exits.
+// vesk-host: loads one plug-in, starts its components, runs the operator's commands (from -c,
+// --script, or standard input until it ends or SIGINT or SIGTERM arrives), then stops the
+// components, terminates the plug-in and exits.
 //
 // Exit status: 0 after a clean run; 1 bad options or log file; 2 the state directory or its
 // database cannot be opened; 3 the plug-in cannot be loaded (no file, or no entry symbol); 4 its
 // init refused; 5 a component failed to start; 6 the station model is missing or invalid; 7 the
-// station data file given with --load could not be loaded.
-#include <poll.h>
+// station data file given with --load could not be loaded; 8 a command failed under --strict.
 #include <signal.h>
-#include <unistd.h>
 
 #include <cstdlib>
 #include <filesystem>
@@ -16,6 +15,7 @@
 
 #include "host/Host.h"
 #include "host/HostOptions.h"
+#include "host/cli/Console.h"
 #include "host/model/StationLoader.h"
 #include "station/log/LogControl.h"
 
@@ -46,21 +46,6 @@ bool applyLogOptions(const vesk::host::HostOptions& options, std::string* error)
         return false;
     }
     return true;
-}
-
-// Returns when standard input ends or one of the blocked signals arrives.
-void serve(const sigset_t& signals) {
-    char buffer[256];
-    for (;;) {
-        timespec now{0, 0};
-        if (sigtimedwait(&signals, nullptr, &now) > 0) {
-            return;
-        }
-        pollfd input{STDIN_FILENO, POLLIN, 0};
-        if (poll(&input, 1, 100) > 0 && read(STDIN_FILENO, buffer, sizeof buffer) <= 0) {
-            return;
-        }
-    }
 }
 
 // Loads the station data file of --load into the (empty) open state.
@@ -112,13 +97,18 @@ int run(const vesk::host::HostOptions& options, const sigset_t& signals) {
     if (host.start(&error) != OrlOk) {
         return fail(kStart, error);
     }
-    std::cout << "vesk-host: up, components:";
+    vesk::host::cli::ConsoleOptions console;
+    console.shell = {options.json, options.strict, options.protocol, options.user};
+    console.commands = options.commands;
+    console.script = options.script;
+    // A batch run keeps standard output for its answers.
+    std::ostream& up = console.batch() ? std::cerr : std::cout;
+    up << "vesk-host: up, components:";
     for (const std::string& name : host.components().started()) {
-        std::cout << " " << name;
+        up << " " << name;
     }
-    std::cout << std::endl;
-    serve(signals);
-    return kOk;
+    up << std::endl;
+    return vesk::host::cli::runConsole(host, console, signals);
 }
 
 }  // namespace
@@ -138,7 +128,7 @@ int main(int argc, char** argv) {
         return fail(kUsage, error);
     }
     // Blocked before any thread starts, so that every thread of the plug-in inherits the mask
-    // and serve() alone takes the signals.
+    // and the console alone takes the signals.
     sigset_t signals;
     sigemptyset(&signals);
     sigaddset(&signals, SIGINT);

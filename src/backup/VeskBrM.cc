@@ -1,37 +1,12 @@
 #include "backup/VeskBrM.h"
 
 #include "platform/Logger.h"
+#include "platform/SerializableMessage.h"
 
-VeskBrM::VeskBrM() : ReactiveStateMachine(initial, stFinal, nullptr) {}
+VeskBrM::VeskBrM() {}
 
 VeskBrM::~VeskBrM() {
     stopQueue();
-}
-
-int VeskBrM::processEvent(VESK::Framework::Event& event) {
-    const int state = currentState;
-    if (event.eventId == evQuit && (state == initial || state == stReady)) {
-        onExit();
-        onEnter(stFinal);
-        return 1;
-    }
-    if (event.eventId == evStartToOperate && state == initial) {
-        onExit();
-        processEvent_evStartToOperate();
-        onEnter(stReady);
-        return 1;
-    }
-    onUnhandledEvent(event);
-    return 0;
-}
-
-void VeskBrM::onEnter(int state) {
-    if (state == initial) {
-        enterState_initial();
-    } else if (state == stReady) {
-        enterState_stReady();
-    }
-    ReactiveStateMachine::onEnter(state);
 }
 
 void VeskBrM::enterState_initial() {
@@ -44,4 +19,11 @@ void VeskBrM::enterState_stReady() {
 
 void VeskBrM::processEvent_evStartToOperate() {
     VESK_INFO("VeskBrM: Processing event evStartToOperate");
+}
+
+void VeskBrM::processEvent_evBrMOperationResp(EventWithParams_evBrMOperationResp const& event) {
+    // Finalising the operation that the answer closes comes with backup and restore. The
+    // message is ours all the same.
+    VESK_ERROR("VeskBrM::%s - not available yet", __func__);
+    delete event.message;
 }

@@ -1,26 +1,27 @@
-// The backup and restore machine: `initial` (1998) until the agent's start gives it
-// evStartToOperate, then `stReady` (2000) until evQuit moves it to the final state (1999).
-// The BrM operations and their answers are not carried yet; this is the lifecycle only.
+// The backup and restore machine: `initial` until the agent's start gives it evStartToOperate,
+// then `stReady` until evQuit moves it to the final state. The table is VeskBrM_StateMachine's.
+//
+// What it does now: the lifecycle. The backup actions and the handling of the component's
+// answers come with backup and restore.
 #pragma once
 
-#include "platform/ReactiveStateMachine.h"
+#include "backup/VeskBrM_StateMachine.h"
 
-class VeskBrM : public VESK::Framework::ReactiveStateMachine {
+class VeskBrM : public VeskBrM_StateMachine {
   public:
-    enum State { initial = 1998, stFinal = 1999, stReady = 2000 };
-    enum EventId { evQuit = 1000, evStartToOperate = 1001 };
-
     VeskBrM();
     // Stops the queue first, so that no event runs on a half-destroyed machine.
     ~VeskBrM() override;
 
-    // On the queue's thread only. 1 for an event of the transition table, 0 otherwise.
-    int processEvent(VESK::Framework::Event& event) override;
-    // Runs the enter action of `state`, then makes it current.
-    void onEnter(int state) override;
-
-  private:
-    void enterState_initial();
-    void enterState_stReady();
-    void processEvent_evStartToOperate();
+  protected:
+    // "VeskBrM: Entering initial" / "VeskBrM: Entering stReady", as information.
+    void enterState_initial() override;
+    void enterState_stReady() override;
+    // Never run: the table leaves no state through them.
+    void leaveState_initial() override {}
+    void leaveState_stReady() override {}
+    // "VeskBrM: Processing event evStartToOperate", as information.
+    void processEvent_evStartToOperate() override;
+    // Not available yet: logs an error and deletes the message unread.
+    void processEvent_evBrMOperationResp(EventWithParams_evBrMOperationResp const& event) override;
 };

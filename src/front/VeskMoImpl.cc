@@ -7,10 +7,13 @@
 #include "platform/DBObject.h"
 #include "platform/IDatabase.h"
 #include "platform/Logger.h"
+#include "platform/OrlController.h"
 #include "platform/Toolbox.h"
 #include "plugin/VeskCMComponent.h"
 #include "plugin/VeskOrlHelper.h"
 #include "software/VeskSwM.h"
+#include "transaction/VeskDBTransaction.h"
+#include "validation/VeskOI.h"
 
 namespace TibVeskCM {
 namespace {
@@ -18,6 +21,9 @@ namespace {
 const char* const kProtocolVariable = "TibSessionVariableProtocol_1";
 const int32_t kProtocolUnknown = 0;
 const int32_t kProtocolNetconf = 1;
+
+// initMeNbiName of the event producer runs once for the life of the library.
+unsigned _meNbiNameInitCount = 0;
 
 // Gives `machine` the plain event `eventId`; the machine takes its own copy.
 void enqueue(VESK::Framework::IEventAware* machine, int32_t eventId) {
@@ -51,7 +57,9 @@ VeskMoImpl::VeskMoImpl()
       _firstCommitPending(true) {}
 
 VeskMoImpl::~VeskMoImpl() {
-    // Transaction objects are made by join; deleting the ones left comes with it.
+    for (auto& entry : _txMap) {
+        delete entry.second;
+    }
     _txMap.clear();
 }
 
@@ -103,36 +111,106 @@ OrlReturnT VeskMoImpl::notAvailable(const char* operation) {
     return OrlFailure;
 }
 
-// Reads and iterators: their logic lands with the read path.
-OrlReturnT VeskMoImpl::getMoAttribute(OrlTxHandleT, const std::string&, const std::string&,
-                                      OrlMoAttributeValueResult_3*) {
-    return notAvailable(__func__);
+OrlReturnT VeskMoImpl::getMoAttribute(OrlTxHandleT txHandle, const std::string& dn,
+                                      const std::string& attrName,
+                                      OrlMoAttributeValueResult_3* result) {
+    Poco::ScopedLock<Poco::Mutex> lock(_mutex);
+    VeskDBTransaction* transaction = findTransaction(txHandle);
+    OrlReturnT rc = OrlNotExist;
+    if (transaction == nullptr || result == nullptr) {
+        VESK_INFO("VeskMoImpl::%s - TransactionHandle %lu was not found", __func__, txHandle);
+    } else {
+        rc = transaction->getMoAttribute(dn, attrName, result);
+    }
+    if (rc != OrlOk) {
+        VESK_INFO("VeskMoImpl::%s - Unable to get attribute %s from %s - txHandle: %lu return: %d ",
+                  __func__, attrName.c_str(), dn.c_str(), txHandle, rc);
+    }
+    return rc;
 }
 
-OrlReturnT VeskMoImpl::getMoAttributes(OrlTxHandleT, const std::string&,
-                                       const std::list<std::string>&,
-                                       OrlMoAttributeValuesResult_3*) {
-    return notAvailable(__func__);
+OrlReturnT VeskMoImpl::getMoAttributes(OrlTxHandleT txHandle, const std::string& dn,
+                                       const std::list<std::string>& names,
+                                       OrlMoAttributeValuesResult_3* results) {
+    Poco::ScopedLock<Poco::Mutex> lock(_mutex);
+    results->release = nullptr;
+    VeskDBTransaction* transaction = findTransaction(txHandle);
+    OrlReturnT rc =
+        transaction == nullptr ? OrlNotExist : transaction->getMoAttributes(dn, names, results);
+    VESK_TRACE("%s: retval: %d", __func__, rc);
+    return rc;
 }
 
-OrlReturnT VeskMoImpl::newMoIterator(OrlTxHandleT, const char*, const char*, uint64_t*) {
-    return notAvailable(__func__);
+OrlReturnT VeskMoImpl::newMoIterator(OrlTxHandleT txHandle, const char* dn, const char* className,
+                                     uint64_t* itHandle) {
+    Poco::ScopedLock<Poco::Mutex> lock(_mutex);
+    VeskDBTransaction* transaction = findTransaction(txHandle);
+    OrlReturnT rc = OrlNotExist;
+    if (transaction != nullptr) {
+        unsigned long long handle = 0;
+        rc = transaction->newIterator(dn, className, &handle);
+        *itHandle = handle;
+        if (rc == OrlOk && handle != 0) {
+            _itMap[handle] = txHandle;
+        }
+    }
+    if (rc != OrlOk) {
+        VESK_INFO(
+            "VeskMoImpl::%s - Unable to create new iterator for dn %s className %s - txHandle: "
+            "%lu return: %d ",
+            __func__, dn, className, txHandle, rc);
+    }
+    return rc;
 }
 
-OrlReturnT VeskMoImpl::nextMo(uint64_t, char**) {
-    return notAvailable(__func__);
+OrlReturnT VeskMoImpl::nextMo(uint64_t itHandle, char** result) {
+    Poco::ScopedLock<Poco::Mutex> lock(_mutex);
+    auto entry = _itMap.find(itHandle);
+    if (entry == _itMap.end()) {
+        VESK_TRACE("%s: no iterator %llu", __func__, static_cast<unsigned long long>(itHandle));
+        *result = nullptr;
+        return OrlOk;
+    }
+    VeskDBTransaction* transaction = findTransaction(entry->second);
+    OrlReturnT rc = OrlNotExist;
+    if (transaction == nullptr) {
+        VESK_ERROR("Call failed: Iterator has no matching transaction");
+    } else {
+        rc = transaction->next(itHandle, result);
+    }
+    if (rc != OrlOk) {
+        VESK_INFO("VeskMoImpl::%s - Unable to get nextMo - itHandle: %llu return: %d", __func__,
+                  static_cast<unsigned long long>(itHandle), rc);
+    }
+    return rc;
 }
 
-OrlReturnT VeskMoImpl::finalizeMoIterator(uint64_t) {
+OrlReturnT VeskMoImpl::finalizeMoIterator(uint64_t itHandle) {
+    VESK_TRACE(">> %s", __func__);
+    (void)itHandle;
+    VESK_TRACE("<< %s", __func__);
     return OrlOk;
 }
 
-OrlReturnT VeskMoImpl::existsMo(OrlTxHandleT, const char*, bool*) {
-    return notAvailable(__func__);
+OrlReturnT VeskMoImpl::existsMo(OrlTxHandleT txHandle, const char* dn, bool* result) {
+    Poco::ScopedLock<Poco::Mutex> lock(_mutex);
+    *result = false;
+    VeskDBTransaction* transaction = findTransaction(txHandle);
+    return transaction == nullptr ? OrlNotExist : transaction->existsMo(dn, result);
 }
 
-OrlReturnT VeskMoImpl::countMoChildren(OrlTxHandleT, const char*, const char*, uint64_t*) {
-    return notAvailable(__func__);
+OrlReturnT VeskMoImpl::countMoChildren(OrlTxHandleT txHandle, const char* dn, const char* className,
+                                       uint64_t* result) {
+    Poco::ScopedLock<Poco::Mutex> lock(_mutex);
+    *result = 0;
+    VeskDBTransaction* transaction = findTransaction(txHandle);
+    if (transaction == nullptr) {
+        return OrlNotExist;
+    }
+    unsigned long long count = 0;
+    OrlReturnT rc = transaction->countMoChildren(dn, className, &count);
+    *result = count;
+    return rc;
 }
 
 // Writes: their logic lands with the write path and its change gates.
@@ -156,25 +234,195 @@ OrlReturnT VeskMoImpl::action(OrlTxHandleT, const char*, const char*,
     return notAvailable(__func__);
 }
 
-// Transactions: their logic lands with the transaction registry.
-OrlReturnT VeskMoImpl::join(OrlTxHandleT) {
-    return notAvailable(__func__);
+OrlReturnT VeskMoImpl::join(OrlTxHandleT txHandle) {
+    Poco::ScopedLock<Poco::Mutex> lock(_mutex);
+    if (_txService == nullptr) {
+        VESK_ERROR("VeskMoImpl::%s - _txService was NULL", __func__);
+        return OrlFailure;
+    }
+    if (_txResource == nullptr) {
+        VESK_ERROR("_txResource was NULL");
+        return OrlFailure;
+    }
+    OrlReturnT rc = _txService->registerParticipant(txHandle, _txResource);
+    if (rc != OrlOk) {
+        VESK_ERROR("VeskMoImpl::%s - Failed to registerParticipant - txHandle: %lu retval: %d",
+                   __func__, txHandle, rc);
+        return rc;
+    }
+    // The host does not join one handle twice; an entry there would be overwritten.
+    VeskDBTransaction* transaction = new VeskDBTransaction(txHandle, *_portal);
+    _txMap[txHandle] = transaction;
+    if (!ossConnInserted) {
+        VESK_TRACE(" VeskMoImpl::join() ossConnInserted == false. Checking TIB Status ");
+        if (getTibCommunicationProtocol() == kProtocolNetconf) {
+            transaction->enableAiLog();
+        }
+        int status = OrlController::getStatus();
+        if (status != OrlController::TIB_RUNNING) {
+            VESK_TRACE(" VeskMoImpl::join() Current TIB status %s",
+                       OrlController::OrlStatusLiteral(status).c_str());
+        } else if (_eventProducer != nullptr && _meNbiNameInitCount == 0) {
+            // The producer learns the ME's northbound name here once it offers initMeNbiName.
+            ++_meNbiNameInitCount;
+        }
+    }
+    return rc;
 }
 
-OrlReturnT VeskMoImpl::prepare(OrlTxHandleT) {
-    return notAvailable(__func__);
+OrlReturnT VeskMoImpl::prepare(OrlTxHandleT txHandle) {
+    return checkCallbackMap(txHandle, OrlTxOperationPrepare);
 }
 
-OrlReturnT VeskMoImpl::commit(OrlTxHandleT) {
-    return notAvailable(__func__);
+void VeskMoImpl::insertToCallbackMap(OrlTxHandleT txHandle, OrlTxOperation operation,
+                                     TxCallback callback) {
+    // One entry per callback: the first operation given for it stays.
+    _callbackMap[txHandle].insert(std::make_pair(callback, operation));
 }
 
-OrlReturnT VeskMoImpl::abort(OrlTxHandleT) {
-    return notAvailable(__func__);
+OrlReturnT VeskMoImpl::checkCallbackMap(OrlTxHandleT txHandle, OrlTxOperation operation) {
+    auto entry = _callbackMap.find(txHandle);
+    if (entry == _callbackMap.end()) {
+        return OrlOk;
+    }
+    for (const auto& callback : entry->second) {
+        if (callback.second != operation) {
+            continue;
+        }
+        OrlReturnT rc = callback.first(txHandle);
+        if (rc != OrlOk) {
+            return rc;
+        }
+    }
+    return OrlOk;
 }
 
-OrlReturnT VeskMoImpl::finish(OrlTxHandleT) {
-    return notAvailable(__func__);
+OrlReturnT VeskMoImpl::commit(OrlTxHandleT txHandle) {
+    Poco::ScopedLock<Poco::Mutex> lock(_mutex);
+    OrlReturnT rc = TibVeskOI::VeskOI::getVeskOI()->handleCommit(txHandle);
+    if (rc != OrlOk) {
+        return rc;
+    }
+    VeskDBTransaction* transaction = findTransaction(txHandle);
+    int32_t protocol = getTibCommunicationProtocol();
+    rc = transaction == nullptr ? OrlNotExist : commitToDatabase(transaction, protocol);
+    eraseIterators(txHandle);
+    if (rc != OrlOk) {
+        VESK_ERROR("VeskMoImpl::%s - Unable to commit changes - txHandle: %lu return: %d", __func__,
+                   txHandle, rc);
+        return rc;
+    }
+    if (_firstCommitPending && OrlController::getStatus() == OrlController::TIB_RUNNING) {
+        markFirstCommit(protocol);
+    }
+    return rc;
+}
+
+OrlReturnT VeskMoImpl::commitToDatabase(VeskDBTransaction* transaction, int32_t protocol) {
+    int databaseHandle = transaction->getDatabaseTxHandle();
+    if (databaseHandle != 0) {
+        if (!transaction->validateReferences()) {
+            return OrlValidationFailed;
+        }
+        if (!IDatabase::transaction(IPCData::OP_TX_COMMIT, databaseHandle, false)) {
+            VESK_ERROR("VeskMoImpl::%s(): Commit to database failed", "commit");
+            return OrlFailure;
+        }
+        IDatabase::storePersistentDump(false, false);
+        OrlReturnT rc = transaction->commit();
+        if (rc != OrlOk) {
+            return rc;
+        }
+    }
+    VESK_INFO(
+        "VeskMoImpl::%s - Commit successful for Transaction: %d with protocol: %d (0 = unknown, "
+        "1 = netconf, 2 = cli )",
+        "commit", databaseHandle, protocol);
+    return OrlOk;
+}
+
+void VeskMoImpl::markFirstCommit(int32_t protocol) {
+    if (protocol != kProtocolNetconf) {
+        VESK_TRACE("%s - Still waiting for first netconf commit after start.", "commit");
+        return;
+    }
+    VESK_TRACE("%s - First netconf commit after start.", "commit");
+    if (IDatabase::isPresentInDB("OAM", 1)) {
+        VESK_INFO("First commit after start. ICF data is ready in database.");
+        IDatabase::setAttribute("OAM", 1, "icfDataStoredToDB", AttributeVariant(true), true,
+                                IPCData::AVT_BOOL, false, 0);
+    } else {
+        VESK_ERROR(
+            "Cannot read OAM object from Database. Cannot indicate that AI configuration is "
+            "parsed into DB !!");
+    }
+    _firstCommitPending = false;
+}
+
+OrlReturnT VeskMoImpl::abort(OrlTxHandleT txHandle) {
+    Poco::ScopedLock<Poco::Mutex> lock(_mutex);
+    TibVeskOI::VeskOI::getVeskOI()->handleRollback(txHandle);
+    VeskDBTransaction* transaction = findTransaction(txHandle);
+    if (transaction != nullptr) {
+        transaction->rollback();
+        int databaseHandle = transaction->getDatabaseTxHandle();
+        if (databaseHandle != 0 &&
+            !IDatabase::transaction(IPCData::OP_TX_ROLLBACK, databaseHandle, false)) {
+            VESK_WARNING("VeskMoImpl::%s(): Rollback to database failed", __func__);
+        }
+    }
+    eraseIterators(txHandle);
+    OrlReturnT rc = checkCallbackMap(txHandle, OrlTxOperationAbort);
+    if (rc != OrlOk) {
+        VESK_ERROR("VeskMoImpl::%s - Unable to abort changes - txHandle: %lu return: %d", __func__,
+                   txHandle, rc);
+    }
+    return rc;
+}
+
+OrlReturnT VeskMoImpl::finish(OrlTxHandleT txHandle) {
+    Poco::ScopedLock<Poco::Mutex> lock(_mutex);
+    OrlReturnT rc = OrlOk;
+    auto entry = _txMap.find(txHandle);
+    if (entry == _txMap.end()) {
+        rc = OrlNotExist;
+        VESK_INFO("VeskMoImpl::%s - Transaction finished with failure - txHandle: %lu return: %d",
+                  __func__, txHandle, rc);
+    } else {
+        delete entry->second;
+        _txMap.erase(entry);
+        VESK_TRACE("%s: txHandle %lu finished", __func__, txHandle);
+    }
+    _callbackMap.erase(txHandle);
+    return rc;
+}
+
+VeskDBTransaction* VeskMoImpl::findTransaction(OrlTxHandleT txHandle) const {
+    auto entry = _txMap.find(txHandle);
+    return entry == _txMap.end() ? nullptr : entry->second;
+}
+
+void VeskMoImpl::eraseIterators(OrlTxHandleT txHandle) {
+    for (auto entry = _itMap.begin(); entry != _itMap.end();) {
+        entry = entry->second == txHandle ? _itMap.erase(entry) : std::next(entry);
+    }
+}
+
+int32_t VeskMoImpl::getTibCommunicationProtocol() {
+    if (_sessionIf == nullptr) {
+        return -1;
+    }
+    uint64_t session = 0;
+    if (_sessionIf->getBoundSession(&session) != OrlOk) {
+        VESK_TRACE("%s: No session has been bound", __func__);
+        return kProtocolUnknown;
+    }
+    int32_t protocol = kProtocolUnknown;
+    if (_sessionIf->getVariable(session, kProtocolVariable, &protocol) != OrlOk) {
+        VESK_TRACE("%s: getVariable fails", __func__);
+        return -1;
+    }
+    return protocol;
 }
 
 // Object implementer registration: its logic lands with the implementer registry.

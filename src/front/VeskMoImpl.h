@@ -1,21 +1,24 @@
 // The object behind every managed object and transactional resource entry point of the agent.
 // One per process (instance()). It keeps the portal from the plug-in's init, the host interfaces
-// from the agent's start, and the table of open host transactions.
+// from the agent's start, the table of open host transactions (it owns their VeskDBTransaction
+// objects from join to finish), the open iterators and the callbacks that actions hang on a
+// transaction.
 //
-// What it does now: init and terminate of the plug-in, initialize at start (which makes and
-// starts the software and backup machines), the session callbacks and the OSS connection marker.
-// Reads, iterators, writes, transactions, object implementer registrations and actions answer
-// OrlFailure with an error line until their logic lands.
+// What it does now: init and terminate of the plug-in, initialize at start, the two-phase flow
+// (join, prepare, commit, abort, finish), the reads and iterators, the session callbacks and the
+// OSS connection marker. Writes, object implementer registrations and actions answer OrlFailure
+// with an error line until their logic lands.
 //
 // Threads: the host calls on its own threads. `_mutex` (recursive) serialises every read, write,
-// join, commit, abort, finish and action for its whole length; prepare, the session callbacks
-// and the registrations run without it.
+// join, commit, abort, finish and action for its whole length; prepare, the session callbacks,
+// insertToCallbackMap and the registrations run without it.
 #pragma once
 
 #include <Poco/Mutex.h>
 
 #include <atomic>
 #include <cstdint>
+#include <functional>
 #include <list>
 #include <map>
 #include <string>
@@ -28,9 +31,13 @@ namespace TibVeskCM {
 class VeskDBTransaction;
 class VeskCmEventProducer;
 
+// The phase a transaction callback belongs to.
+enum OrlTxOperation { OrlTxOperationPrepare = 1, OrlTxOperationAbort = 2 };
+
 class VeskMoImpl {
   public:
     typedef std::map<OrlTxHandleT, VeskDBTransaction*> TxMap;
+    typedef OrlReturnT (*TxCallback)(unsigned long txHandle);
 
     // Made by the first entry point called (as a rule the plug-in's init), destroyed at library
     // unload.
@@ -55,7 +62,8 @@ class VeskMoImpl {
 
     OrlMgmtSpiInterfacePortal_1* portal() const { return _portal; }
 
-    // Managed object operations. Their logic lands with reads, writes and actions.
+    // Managed object operations. Reads forward to the transaction's VeskDBTransaction and answer
+    // OrlNotExist for an unknown txHandle; writes and actions land later.
     OrlReturnT setMoAttribute(OrlTxHandleT txHandle, const std::string& dn,
                               const std::string& attrName,
                               const OrlMoAttributeValueContainer_3* value);
@@ -66,8 +74,12 @@ class VeskMoImpl {
                                OrlMoAttributeValuesResult_3* results);
     OrlReturnT newMoIterator(OrlTxHandleT txHandle, const char* dn, const char* className,
                              uint64_t* itHandle);
+    // The next id of the iterator, or null at its end. An unknown itHandle (0, or one whose
+    // transaction committed or aborted) is an ended iterator: OrlOk and null. OrlNotExist when
+    // the iterator's transaction has finished without commit or abort.
     OrlReturnT nextMo(uint64_t itHandle, char** result);
-    // Nothing to release: iterators end with their transaction. Always OrlOk.
+    // Nothing to release: iterators end with their transaction's commit or abort. Always OrlOk;
+    // takes no lock.
     OrlReturnT finalizeMoIterator(uint64_t itHandle);
     OrlReturnT createMo(OrlTxHandleT txHandle, const char* parentDn, const char* className,
                         const char* keyAttrName, const char* keyAttrValue,
@@ -80,12 +92,25 @@ class VeskMoImpl {
     OrlReturnT countMoChildren(OrlTxHandleT txHandle, const char* dn, const char* className,
                                uint64_t* result);
 
-    // Transactional resource operations. Their logic lands with transactions.
+    // Transactional resource operations.
+    // Registers this resource with the host's transaction and makes the transaction's
+    // VeskDBTransaction (no database transaction yet).
     OrlReturnT join(OrlTxHandleT txHandle);
+    // Runs the prepare callbacks; the first non-zero answer is returned. Takes no lock.
     OrlReturnT prepare(OrlTxHandleT txHandle);
+    // Commit checks, reference check, database commit and persistent dump (only if the
+    // transaction wrote), then the first-commit marker. Ends the transaction's iterators.
     OrlReturnT commit(OrlTxHandleT txHandle);
+    // Rolls the database transaction back, ends the iterators, runs the abort callbacks.
     OrlReturnT abort(OrlTxHandleT txHandle);
+    // Deletes the transaction object and forgets its callbacks.
     OrlReturnT finish(OrlTxHandleT txHandle);
+
+    // Hangs `callback` on the transaction for `operation`; one entry per callback. No lock.
+    void insertToCallbackMap(OrlTxHandleT txHandle, OrlTxOperation operation, TxCallback callback);
+    // Calls the transaction's callbacks of `operation` in callback order; the first non-zero
+    // answer stops and is returned. OrlOk when there are none. Takes no lock.
+    OrlReturnT checkCallbackMap(OrlTxHandleT txHandle, OrlTxOperation operation);
 
     // Object implementer registration. Its logic lands with the implementer registry.
     OrlReturnT registerClassOI(OrlMgmtSpiInterface_1 moIf, OrlMgmtSpiInterface_1 txIf,
@@ -110,20 +135,40 @@ class VeskMoImpl {
     bool isOssConnInserted() const { return ossConnInserted; }
 
   private:
+    // The maps order by these agent-local comparators so that their code stays inside the agent
+    // and is not exported from the plug-in.
+    struct CallbackOrder {
+        bool operator()(TxCallback a, TxCallback b) const { return std::less<TxCallback>()(a, b); }
+    };
+    struct HandleOrder {
+        bool operator()(uint64_t a, uint64_t b) const { return a < b; }
+    };
+    typedef std::map<TxCallback, OrlTxOperation, CallbackOrder> Callbacks;
+
     OrlReturnT notAvailable(const char* operation);
+    // The open transaction of `txHandle`, or null.
+    VeskDBTransaction* findTransaction(OrlTxHandleT txHandle) const;
+    // 0 unknown or no bound session, 1 NETCONF, 2 command line, -1 unreadable.
+    int32_t getTibCommunicationProtocol();
+    void eraseIterators(OrlTxHandleT txHandle);
+    // Steps 3 to 6 of commit for a found transaction.
+    OrlReturnT commitToDatabase(VeskDBTransaction* transaction, int32_t protocol);
+    // Writes "icfDataStoredToDB" at the first NETCONF commit while the host is up; tried once.
+    void markFirstCommit(int32_t protocol);
 
     // Read by the session callbacks and by join on different threads.
     std::atomic<bool> ossConnInserted;
     OrlOamSpiTransaction_2* _txService;
     OrlOamSpiTransactionalResource_2* _txResource;
     TxMap _txMap;
-    std::map<uint64_t, OrlTxHandleT> _itMap;
+    std::map<uint64_t, OrlTxHandleT, HandleOrder> _itMap;
     Poco::Mutex _mutex;
     OrlMgmtSpiInterfacePortal_1* _portal;
     VeskCmEventProducer* _eventProducer;
     OrlMgmtSpiSession_1* _sessionIf;
     OrlMgmtSpiThreadContext_2* _threadContext;
     bool _firstCommitPending;
+    std::map<OrlTxHandleT, Callbacks, HandleOrder> _callbackMap;
 };
 
 }  // namespace TibVeskCM

@@ -93,8 +93,7 @@ void VeskCmEventProducer::EventProducerIf::clearAll() {
 }
 
 VeskCmEventProducer::VeskCmEventProducer(OrlMgmtSpiInterfacePortal_1* portal)
-    : ReactiveStateMachine(initial, stFinal, nullptr),
-      _producerIf(nullptr),
+    : _producerIf(nullptr),
       _subscribed(false),
       ticketToDSet(0),
       ticketTIBStatus(0),
@@ -122,40 +121,24 @@ VeskCmEventProducer::~VeskCmEventProducer() {
     }
 }
 
-void VeskCmEventProducer::initializeStateMachine() {
-    ReactiveStateMachine::initializeStateMachine();
-    enqueueEvent(VESK::Framework::Event(evInitial), false);
-}
-
-int VeskCmEventProducer::processEvent(VESK::Framework::Event& event) {
-    const int state = currentState;
-    if (state == initial && event.eventId == evInitial) {
-        onExit();
-        onEnter(stInitialize);
-        return 1;
-    }
-    if ((state == stInitialize || state == stRunning) && event.eventId == evQuit) {
-        onExit();
-        processEvent_evQuit();
-        onEnter(stFinal);
-        return 1;
-    }
-    onUnhandledEvent(event);
-    return 0;
-}
-
-void VeskCmEventProducer::onEnter(int state) {
-    if (state == stInitialize) {
-        enterState_stInitialize();
-    }
-    ReactiveStateMachine::onEnter(state);
-}
-
 void VeskCmEventProducer::enterState_stInitialize() {
     VESK_INFO(
         "VeskCmEventProducer::FUNCTION_STATE_ENTER stInitialize ticketToDSet:%d "
         "ticketTIBStatus:%d ",
         ticketToDSet, ticketTIBStatus);
+}
+
+void VeskCmEventProducer::enterState_stRunning() {
+    VESK_ERROR("VeskCmEventProducer::%s - not available yet", __func__);
+}
+
+void VeskCmEventProducer::processEvent_evGotoRunning() {
+    VESK_TRACE("evGotoRunning received, state: %d", static_cast<int>(currentState));
+}
+
+void VeskCmEventProducer::processEvent_evNotification(
+    IDatabase::EventClass_ev4Notification& /*event*/) {
+    VESK_ERROR("VeskCmEventProducer::%s - not available yet", __func__);
 }
 
 void VeskCmEventProducer::processEvent_evQuit() {

@@ -2,9 +2,10 @@
 // event router as the producer of "OrlOamSpiCmEvent_Notification_1".
 //
 // What it does now: the router registration (EventProducerIf), the consumers' filter list, and
-// the lifecycle initial (1998) -> stInitialize (2000) -> final (1999). Waiting for the node's
-// clock and the host's status, the database subscription, the move to stRunning (2001) and the
-// building of notifications are not carried yet: the machine waits in stInitialize until evQuit.
+// the lifecycle initial -> stInitialize -> final of VeskCmEventProducer_StateMachine's table.
+// Waiting for the node's clock and the host's status, the database subscription, the move to
+// stRunning and the building of notifications come with change notifications: until then the
+// machine waits in stInitialize for evQuit.
 #pragma once
 
 #include <Poco/Mutex.h>
@@ -14,17 +15,14 @@
 #include <string>
 #include <utility>
 
-#include "platform/ReactiveStateMachine.h"
+#include "notification/VeskCmEventProducer_StateMachine.h"
 #include "platform/orl/OrlEventRouter.h"
 #include "platform/orl/OrlMgmtSpi.h"
 
 namespace TibVeskCM {
 
-class VeskCmEventProducer : public VESK::Framework::ReactiveStateMachine {
+class VeskCmEventProducer : public VeskCmEventProducer_StateMachine {
   public:
-    enum State { initial = 1998, stFinal = 1999, stInitialize = 2000, stRunning = 2001 };
-    enum EventId { evInitial = 998, evQuit = 1000, evGotoRunning = 1002, ev4Notification = 1004 };
-
     // The side facing the host's event router; one per process (_IFinstance).
     class EventProducerIf {
       public:
@@ -66,13 +64,6 @@ class VeskCmEventProducer : public VESK::Framework::ReactiveStateMachine {
     // router side, clears _instance. On the thread that unloads the agent.
     ~VeskCmEventProducer() override;
 
-    // Enters `initial` and enqueues evInitial to itself.
-    void initializeStateMachine() override;
-    // On the queue's thread only. 1 for an event of the transition table, 0 otherwise.
-    int processEvent(VESK::Framework::Event& event) override;
-    // Runs the enter action of `state`, then makes it current.
-    void onEnter(int state) override;
-
     // Releases the condition subscriptions still held and enqueues evQuit. On the thread that
     // stops the agent.
     void terminate();
@@ -85,11 +76,25 @@ class VeskCmEventProducer : public VESK::Framework::ReactiveStateMachine {
     int32_t ticketTIBStatus;
     std::string _meNbiName;
 
-  private:
-    void enterState_stInitialize();
+  protected:
+    // Logs the tickets as information. Subscribing to the node's clock and the host's status,
+    // and the move to stRunning once both hold, come with change notifications.
+    void enterState_stInitialize() override;
+    void leaveState_stInitialize() override {}
+    // Not available yet (error line): the database subscription comes with change
+    // notifications. Unreachable until then, since nothing enqueues evGotoRunning.
+    void enterState_stRunning() override;
+    void leaveState_stRunning() override {}
+    // Traces "evGotoRunning received, state: %d".
+    void processEvent_evGotoRunning() override;
+    // Ends the database subscriptions of the agent.
+    void processEvent_evQuit() override;
+    // Not available yet (error line): conditions and deliveries come with change notifications.
+    void processEvent_evNotification(IDatabase::EventClass_ev4Notification& event) override;
+    void processEvent_initial_stInitialize() override {}
 
+  private:
     bool _quitGiven = false;  // terminate enqueued evQuit
-    void processEvent_evQuit();
 };
 
 }  // namespace TibVeskCM

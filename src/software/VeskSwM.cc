@@ -1,37 +1,12 @@
 #include "software/VeskSwM.h"
 
 #include "platform/Logger.h"
+#include "platform/SerializableMessage.h"
 
-VeskSwM::VeskSwM() : ReactiveStateMachine(initial, stFinal, nullptr) {}
+VeskSwM::VeskSwM() {}
 
 VeskSwM::~VeskSwM() {
     stopQueue();
-}
-
-int VeskSwM::processEvent(VESK::Framework::Event& event) {
-    const int state = currentState;
-    if (event.eventId == evQuit && (state == initial || state == stReady)) {
-        onExit();
-        onEnter(stFinal);
-        return 1;
-    }
-    if (event.eventId == evStartToOperate && state == initial) {
-        onExit();
-        processEvent_evStartToOperate();
-        onEnter(stReady);
-        return 1;
-    }
-    onUnhandledEvent(event);
-    return 0;
-}
-
-void VeskSwM::onEnter(int state) {
-    if (state == initial) {
-        enterState_initial();
-    } else if (state == stReady) {
-        enterState_stReady();
-    }
-    ReactiveStateMachine::onEnter(state);
 }
 
 void VeskSwM::enterState_initial() {
@@ -42,6 +17,26 @@ void VeskSwM::enterState_stReady() {
     VESK_TRACE("VeskSwM: Entering stReady");
 }
 
+void VeskSwM::leaveState_initial() {
+    VESK_TRACE("VeskSwM: Leaving initial");
+}
+
+void VeskSwM::leaveState_stReady() {
+    VESK_TRACE("VeskSwM: Leaving stReady");
+}
+
 void VeskSwM::processEvent_evStartToOperate() {
     VESK_TRACE("VeskSwM: Processing event evStartToOperate");
+}
+
+void VeskSwM::processEvent_evInitialiseSWResp(EventWithParams_evInitialiseSWResp const& event) {
+    // Storing the answer for the waiting createUpgradePackage comes with upgrade packages.
+    VESK_ERROR("VeskSwM::%s - not available yet", __func__);
+    delete event.message;
+}
+
+void VeskSwM::processEvent_evSwOssUpdateResp(EventWithParams_evSwOssUpdateResp const& event) {
+    // Storing the answer for the waiting upgrade package command comes with upgrade packages.
+    VESK_ERROR("VeskSwM::%s - not available yet", __func__);
+    delete event.message;
 }

@@ -1,26 +1,27 @@
-// The software management machine: `initial` (1998) until the agent's start gives it
-// evStartToOperate, then `stReady` (2000) until evQuit moves it to the final state (1999).
-// The upgrade package actions and their answers are not carried yet; this is the lifecycle only.
+// The software management machine: `initial` until the agent's start gives it evStartToOperate,
+// then `stReady` until evQuit moves it to the final state. The table is VeskSwM_StateMachine's.
+//
+// What it does now: the lifecycle. The upgrade package actions and the handling of the
+// component's answers come with upgrade packages.
 #pragma once
 
-#include "platform/ReactiveStateMachine.h"
+#include "software/VeskSwM_StateMachine.h"
 
-class VeskSwM : public VESK::Framework::ReactiveStateMachine {
+class VeskSwM : public VeskSwM_StateMachine {
   public:
-    enum State { initial = 1998, stFinal = 1999, stReady = 2000 };
-    enum EventId { evQuit = 1000, evStartToOperate = 1001 };
-
     VeskSwM();
     // Stops the queue first, so that no event runs on a half-destroyed machine.
     ~VeskSwM() override;
 
-    // On the queue's thread only. 1 for an event of the transition table, 0 otherwise.
-    int processEvent(VESK::Framework::Event& event) override;
-    // Runs the enter action of `state`, then makes it current.
-    void onEnter(int state) override;
-
-  private:
-    void enterState_initial();
-    void enterState_stReady();
-    void processEvent_evStartToOperate();
+  protected:
+    // Each traces its own line: "VeskSwM: Entering <state>", "VeskSwM: Leaving <state>",
+    // "VeskSwM: Processing event evStartToOperate". The leave actions are never run by the table.
+    void enterState_initial() override;
+    void enterState_stReady() override;
+    void leaveState_initial() override;
+    void leaveState_stReady() override;
+    void processEvent_evStartToOperate() override;
+    // Not available yet: each logs an error and deletes the message unread.
+    void processEvent_evInitialiseSWResp(EventWithParams_evInitialiseSWResp const& event) override;
+    void processEvent_evSwOssUpdateResp(EventWithParams_evSwOssUpdateResp const& event) override;
 };

@@ -76,6 +76,14 @@ OrlReturnT VeskOI::join(OrlTxHandleT txHandle) {
     return OrlOk;
 }
 
+OrlReturnT VeskOI::handleCommit(OrlTxHandleT /*txHandle*/) {
+    return OrlOk;  // nothing is guarded yet, so there is nothing to check
+}
+
+OrlReturnT VeskOI::handleRollback(OrlTxHandleT /*txHandle*/) {
+    return OrlOk;  // nothing is guarded yet, so there is nothing to undo
+}
+
 OrlReturnT VeskOI::commit(OrlTxHandleT txHandle) {
     VESK_TRACE("VeskOI::%s txHandle: %lu", __func__, txHandle);
     return OrlOk;

@@ -31,6 +31,12 @@ class VeskOI {
     OrlReturnT commit(OrlTxHandleT txHandle);
     OrlReturnT abort(OrlTxHandleT txHandle);
 
+    // Commit checks of the guarded classes, run first in the front's commit under its mutex;
+    // OrlOk until the rule classes land.
+    OrlReturnT handleCommit(OrlTxHandleT txHandle);
+    // Clean-up of the rule classes at abort; OrlOk until the rule classes land.
+    OrlReturnT handleRollback(OrlTxHandleT txHandle);
+
     OrlMgmtSpiComponent* getComponent() { return &_component; }
     OrlOamSpiRegisterObjectImplementer_2* registerInterface() const { return _registerIf; }
     OrlMgmtSpiThreadContext_2* threadContext() const { return _threadContext; }

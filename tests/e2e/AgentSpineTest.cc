@@ -131,10 +131,11 @@ TEST_F(AgentSpineTest, InitRegistersTheAgentWithItsRecordsAndAsksNothingMore) {
     EXPECT_EQ(tx->validate(7), OrlOk);
 
     // Requests reach the agent's front; a null dn throws into the caller.
-    EXPECT_EQ(_host->callAgent(&OrlOamSpiManagedObject_3::existsMo, 1ul, "ManagedElement=1",
-                               static_cast<bool*>(nullptr)),
-              OrlFailure);
-    EXPECT_EQ(_log.count("VeskMoImpl::existsMo - not available yet", VESK_LOG_ERROR), 1u);
+    bool exists = true;
+    EXPECT_EQ(
+        _host->callAgent(&OrlOamSpiManagedObject_3::existsMo, 1ul, "ManagedElement=1", &exists),
+        OrlNotExist);
+    EXPECT_FALSE(exists);
     EXPECT_THROW(_host->callAgent(&OrlOamSpiManagedObject_3::deleteMo, 1ul,
                                   static_cast<const char*>(nullptr)),
                  std::logic_error);
@@ -297,7 +298,10 @@ INSTANTIATE_TEST_SUITE_P(
         RefusalCase{3, "VeskCMComponent: failed(%i) to get OrlOamSpiModelRepository 2T interface"},
         RefusalCase{4, "VeskCMComponent: failed(%i) to get OrlOamSpiModelRepository 3T interface"},
         RefusalCase{5, "VeskCMComponent: failed(%i) to get OrlMgmtSpiThreadContext_2 interface"},
-        RefusalCase{6, "VeskCMComponent: failed(%i) to get OrlMgmtSpiSession_1T interface"}));
+        RefusalCase{6, "VeskCMComponent: failed(%i) to get OrlMgmtSpiSession_1T interface"}),
+    [](const ::testing::TestParamInfo<RefusalCase>& info) {
+        return "Step" + std::to_string(info.param.step);
+    });
 
 TEST_F(AgentSpineTest, SessionCallbacksMarkTheOssConnectionOnceOverNetconf) {
     load();

@@ -1,0 +1,134 @@
+#include "host/cli/Commands.h"
+
+#include "host/cli/Shell.h"
+
+namespace vesk {
+namespace host {
+namespace cli {
+namespace {
+
+using Args = std::vector<std::string>;
+
+// The class of `dn`; false, with the reason in the answer, when the model refuses it.
+bool classOf(Shell& shell, const std::string& dn, Id* moc, Answer* answer) {
+    return shell.model().resolveDn(dn, moc, &answer->error);
+}
+
+void runGet(Shell& shell, const Args& args, Answer* answer) {
+    Id moc = kNone;
+    if (!classOf(shell, args[0], &moc, answer)) {
+        return;
+    }
+    std::vector<Id> attributes;
+    for (size_t i = 1; i < args.size(); ++i) {
+        Id attribute = kNone;
+        if (!shell.model().resolveAttribute(moc, args[i], &attribute, &answer->error)) {
+            return;
+        }
+        attributes.push_back(attribute);
+    }
+    if (attributes.empty()) {
+        attributes = shell.model().attributes(moc);
+    }
+    shell.executor().get(args[0], attributes, answer);
+}
+
+// The dn and the child class of `ls` and `count`, checked.
+bool dnAndChildClass(Shell& shell, const Args& args, Answer* answer) {
+    Id moc = kNone;
+    Id child = kNone;
+    return classOf(shell, args[0], &moc, answer) &&
+           shell.model().resolveChildClass(moc, args[1], &child, &answer->error);
+}
+
+void runList(Shell& shell, const Args& args, Answer* answer) {
+    if (dnAndChildClass(shell, args, answer)) {
+        shell.executor().list(args[0], args[1], answer);
+    }
+}
+
+void runCount(Shell& shell, const Args& args, Answer* answer) {
+    if (dnAndChildClass(shell, args, answer)) {
+        shell.executor().count(args[0], args[1], answer);
+    }
+}
+
+void runExists(Shell& shell, const Args& args, Answer* answer) {
+    Id moc = kNone;
+    if (classOf(shell, args[0], &moc, answer)) {
+        shell.executor().exists(args[0], answer);
+    }
+}
+
+void runBegin(Shell& shell, const Args&, Answer* answer) {
+    shell.executor().begin(answer);
+}
+void runCommit(Shell& shell, const Args&, Answer* answer) {
+    shell.executor().commit(answer);
+}
+void runAbort(Shell& shell, const Args&, Answer* answer) {
+    shell.executor().abort(answer);
+}
+
+void runStatus(Shell& shell, const Args&, Answer* answer) {
+    Executor& executor = shell.executor();
+    Json status = Json::object();
+    status["transaction"] = executor.inTransaction() ? Json(executor.transaction()) : Json("none");
+    status["protocol"] = shell.options().protocol;
+    status["user"] = shell.options().protocol == "none" ? "-" : shell.options().user;
+    status["agent"] = shell.host().agentComponent();
+    status["components"] = shell.host().components().started();
+    answer->data = status;
+}
+
+void runHelp(Shell&, const Args& args, Answer* answer) {
+    answer->data = Json::array();
+    for (const Command& command : commandTable()) {
+        if (args.empty() || args[0] == command.name) {
+            std::string usage = std::string(command.name) + " " + command.usage;
+            usage.resize(std::max<size_t>(usage.size() + 1, 22), ' ');
+            answer->data.push_back(usage + command.summary);
+        }
+    }
+    if (answer->data.empty()) {
+        answer->error = "unknown command '" + args[0] + "'";
+    }
+}
+
+void runQuit(Shell& shell, const Args&, Answer*) {
+    shell.requestQuit();
+}
+
+}  // namespace
+
+const std::vector<Command>& commandTable() {
+    static const std::vector<Command> table = {
+        {"get", "DN [ATTR...]", "read attributes of an MO (all of its class when none is named)", 1,
+         kAnyCount, runGet},
+        {"ls", "DN CLASS", "list the children of class CLASS of an MO", 2, 2, runList},
+        {"exists", "DN", "tell whether an MO exists", 1, 1, runExists},
+        {"count", "DN CLASS", "count the children of class CLASS of an MO", 2, 2, runCount},
+        {"begin", "", "open a transaction for the commands that follow", 0, 0, runBegin},
+        {"commit", "", "commit the open transaction", 0, 0, runCommit},
+        {"abort", "", "abort the open transaction", 0, 0, runAbort},
+        {"status", "", "show the open transaction, the session and the components", 0, 0,
+         runStatus},
+        {"help", "[COMMAND]", "list the commands", 0, 1, runHelp},
+        {"quit", "", "leave (an open transaction is aborted)", 0, 0, runQuit},
+        {"exit", "", "leave (an open transaction is aborted)", 0, 0, runQuit},
+    };
+    return table;
+}
+
+const Command* findCommand(const std::string& name) {
+    for (const Command& command : commandTable()) {
+        if (name == command.name) {
+            return &command;
+        }
+    }
+    return nullptr;
+}
+
+}  // namespace cli
+}  // namespace host
+}  // namespace vesk

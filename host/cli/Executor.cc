@@ -1,0 +1,243 @@
+#include "host/cli/Executor.h"
+
+namespace vesk {
+namespace host {
+namespace cli {
+
+namespace {
+
+// The dn of a child the iterator named: by its id, by its rdn or in full.
+std::string childDn(const std::string& parent, const std::string& className,
+                    const std::string& named) {
+    if (named.compare(0, parent.size() + 1, parent + ",") == 0) {
+        return named;
+    }
+    if (named.find('=') != std::string::npos) {
+        return parent + "," + named;
+    }
+    return parent + "," + className + "=" + named;
+}
+
+}  // namespace
+
+Executor::Executor(Host& host, const ModelView& model)
+    : _host(host), _model(model), _formatter(model) {}
+
+void Executor::begin(Answer* answer) {
+    if (_open) {
+        answer->error = "transaction " + std::to_string(_tx) + " is already open";
+        return;
+    }
+    OrlTxHandleT tx = 0;
+    OrlReturnT code = _host.begin(&tx);
+    answer->messages = _host.messages();
+    if (code != OrlOk) {
+        answer->refuse(code, "cannot begin a transaction");
+        return;
+    }
+    answer->asked = true;
+    _tx = tx;
+    _open = true;
+    answer->notes.push_back("transaction " + std::to_string(tx) + " open");
+}
+
+void Executor::commit(Answer* answer) {
+    if (!_open) {
+        answer->error = "no transaction is open";
+        return;
+    }
+    _open = false;
+    OrlReturnT code = _host.commit(_tx);
+    answer->messages = _host.messages();
+    if (code != OrlOk) {
+        answer->refuse(code, "transaction " + std::to_string(_tx) + " did not commit");
+        return;
+    }
+    answer->asked = true;
+    answer->notes.push_back("transaction " + std::to_string(_tx) + " committed");
+}
+
+void Executor::abort(Answer* answer) {
+    if (!_open) {
+        answer->error = "no transaction is open";
+        return;
+    }
+    _open = false;
+    OrlReturnT code = _host.abort(_tx);
+    answer->messages = _host.messages();
+    answer->asked = true;
+    answer->code = code;
+    if (code != OrlOk) {
+        answer->error = "transaction " + std::to_string(_tx) + " aborted with an error";
+        return;
+    }
+    answer->notes.push_back("transaction " + std::to_string(_tx) + " aborted");
+}
+
+void Executor::run(Answer* answer, const Request& request) {
+    if (_open) {
+        answer->asked = true;
+        answer->code = request(_tx, answer);
+        answer->messages = _host.messages();
+        return;
+    }
+    OrlTxHandleT tx = 0;
+    OrlReturnT code = _host.begin(&tx);
+    if (code != OrlOk) {
+        answer->messages = _host.messages();
+        answer->refuse(code, "cannot begin a transaction");
+        return;
+    }
+    answer->asked = true;
+    answer->code = request(tx, answer);
+    answer->messages = _host.messages();
+    if (answer->code != OrlOk) {
+        _host.abort(tx);
+        return;
+    }
+    code = _host.commit(tx);
+    if (code != OrlOk) {
+        std::vector<std::string> messages = _host.messages();
+        answer->messages.insert(answer->messages.end(), messages.begin(), messages.end());
+        answer->refuse(code, "transaction " + std::to_string(tx) + " did not commit");
+    }
+}
+
+bool Executor::present(OrlTxHandleT tx, const std::string& dn, Answer* answer, OrlReturnT* code) {
+    bool found = false;
+    *code = _host.callAgent(&OrlOamSpiManagedObject_3::existsMo, tx, dn.c_str(), &found);
+    if (*code != OrlOk) {
+        answer->error = "cannot tell whether " + dn + " exists";
+    } else if (!found) {
+        answer->error = "no MO " + dn;
+    }
+    return *code == OrlOk && found;
+}
+
+void Executor::get(const std::string& dn, const std::vector<Id>& attributes, Answer* answer) {
+    run(answer, [&](OrlTxHandleT tx, Answer* a) {
+        OrlReturnT code = OrlOk;
+        if (!present(tx, dn, a, &code)) {
+            return code;
+        }
+        return attributes.size() == 1 ? getOne(tx, dn, attributes[0], a)
+                                      : getMany(tx, dn, attributes, a);
+    });
+}
+
+OrlReturnT Executor::getOne(OrlTxHandleT tx, const std::string& dn, Id attribute, Answer* answer) {
+    const std::string& name = _model.attributeName(attribute);
+    OrlMoAttributeValueResult_3 result{nullptr, nullptr};
+    OrlReturnT code = _host.callAgent(&OrlOamSpiManagedObject_3::getMoAttribute, tx, dn.c_str(),
+                                      name.c_str(), &result);
+    if (code == OrlOk) {
+        answer->data = Json::object();
+        answer->data[name] = _formatter.format(attribute, result.container);
+    } else {
+        answer->error = "cannot read " + name + " of " + dn;
+    }
+    if (result.release != nullptr) {
+        result.release(result.container);
+    }
+    return code;
+}
+
+OrlReturnT Executor::getMany(OrlTxHandleT tx, const std::string& dn,
+                             const std::vector<Id>& attributes, Answer* answer) {
+    std::vector<const char*> names;
+    for (Id attribute : attributes) {
+        names.push_back(_model.attributeName(attribute).c_str());
+    }
+    names.push_back(nullptr);
+    OrlMoAttributeValuesResult_3 result{nullptr, nullptr};
+    OrlReturnT code = _host.callAgent(&OrlOamSpiManagedObject_3::getMoAttributes, tx, dn.c_str(),
+                                      names.data(), &result);
+    if (code == OrlOk && result.containers != nullptr) {
+        answer->data = Json::object();
+        bool ended = false;
+        for (size_t i = 0; i < attributes.size(); ++i) {
+            // The list is null-terminated; a short list leaves the rest without a value.
+            ended = ended || result.containers[i] == nullptr;
+            answer->data[names[i]] =
+                _formatter.format(attributes[i], ended ? nullptr : result.containers[i]);
+        }
+    } else if (code == OrlOk) {
+        code = OrlFailure;
+        answer->error = "the agent returned no values for " + dn;
+    } else {
+        answer->error = "cannot read " + dn;
+    }
+    if (result.release != nullptr) {
+        result.release(result.containers);
+    }
+    return code;
+}
+
+void Executor::list(const std::string& dn, const std::string& className, Answer* answer) {
+    run(answer, [&](OrlTxHandleT tx, Answer* a) {
+        uint64_t iterator = 0;
+        OrlReturnT code = OrlOk;
+        if (!present(tx, dn, a, &code)) {
+            return code;
+        }
+        code = _host.callAgent(&OrlOamSpiManagedObject_3::newMoIterator, tx, dn.c_str(),
+                               className.c_str(), &iterator);
+        if (code != OrlOk) {
+            a->error = "cannot list " + className + " below " + dn;
+            return code;
+        }
+        a->data = Json::array();
+        // Handle 0: nothing to walk.
+        for (; iterator != 0;) {
+            char* next = nullptr;
+            code = _host.callAgent(&OrlOamSpiManagedObject_3::nextMo, iterator, &next);
+            if (code != OrlOk || next == nullptr) {
+                break;
+            }
+            a->data.push_back(childDn(dn, className, next));
+        }
+        if (iterator != 0) {
+            _host.callAgent(&OrlOamSpiManagedObject_3::finalizeIterator, iterator);
+        }
+        if (code != OrlOk) {
+            a->error = "the walk of " + className + " below " + dn + " stopped";
+        }
+        return code;
+    });
+}
+
+void Executor::exists(const std::string& dn, Answer* answer) {
+    run(answer, [&](OrlTxHandleT tx, Answer* a) {
+        bool found = false;
+        OrlReturnT code =
+            _host.callAgent(&OrlOamSpiManagedObject_3::existsMo, tx, dn.c_str(), &found);
+        if (code == OrlOk) {
+            a->data = found;
+        } else {
+            a->error = "cannot tell whether " + dn + " exists";
+        }
+        return code;
+    });
+}
+
+void Executor::count(const std::string& dn, const std::string& className, Answer* answer) {
+    run(answer, [&](OrlTxHandleT tx, Answer* a) {
+        uint64_t children = 0;
+        OrlReturnT code = OrlOk;
+        if (!present(tx, dn, a, &code)) {
+            return code;
+        }
+        code = _host.callAgent(&OrlOamSpiManagedObject_3::countMoChildren, tx, dn.c_str(),
+                               className.c_str(), &children);
+        if (code == OrlOk) {
+            a->data = children;
+        } else {
+            a->error = "cannot count " + className + " below " + dn;
+        }
+        return code;
+    });
+}
+
+}  // namespace cli
+}  // namespace host
+}  // namespace vesk

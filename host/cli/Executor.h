@@ -1,0 +1,66 @@
+// Carries out the command line's requests on the agent: the transaction commands through the
+// host's coordinator, and the reads through the agent's managed object record
+// ("OrlOamSpiManagedObject" version "3"). A request runs in the open transaction when `begin`
+// opened one, otherwise in a transaction of its own: begun, then committed when the request
+// succeeded and aborted when it did not. All calls come from the thread that owns the
+// executor, the one the operator's session is bound to.
+#pragma once
+
+#include <functional>
+#include <string>
+#include <vector>
+
+#include "host/Host.h"
+#include "host/cli/Answer.h"
+#include "host/cli/ModelView.h"
+
+namespace vesk {
+namespace host {
+namespace cli {
+
+class Executor {
+  public:
+    // `host` (started, with the agent loaded) and `model` must outlive the executor.
+    Executor(Host& host, const ModelView& model);
+
+    bool inTransaction() const { return _open; }
+    OrlTxHandleT transaction() const { return _tx; }
+
+    // The transaction commands. Each refuses with a line when there is already one open
+    // (begin) or none (commit, abort); the coordinator's answer otherwise.
+    void begin(Answer* answer);
+    void commit(Answer* answer);
+    void abort(Answer* answer);
+
+    // get, list and count first ask whether `dn` exists, and refuse with "no MO DN" when not
+    // (the agent answers those reads of a missing MO as empty).
+    // Reads `attributes` (of the class of `dn`) into an object of name to value.
+    void get(const std::string& dn, const std::vector<Id>& attributes, Answer* answer);
+    // The dns of the children of class `className` of `dn`, in the agent's order (the agent
+    // names them by id; they are shown as full dns).
+    void list(const std::string& dn, const std::string& className, Answer* answer);
+    void exists(const std::string& dn, Answer* answer);
+    void count(const std::string& dn, const std::string& className, Answer* answer);
+
+    // A request on the agent: gets a transaction handle, fills `answer` and returns the agent's
+    // code. Runs as described above; the operator messages of the request are collected.
+    using Request = std::function<OrlReturnT(OrlTxHandleT tx, Answer* answer)>;
+    void run(Answer* answer, const Request& request);
+
+  private:
+    // Whether `dn` exists; when not, the reason is in the answer and `code` the agent's answer.
+    bool present(OrlTxHandleT tx, const std::string& dn, Answer* answer, OrlReturnT* code);
+    OrlReturnT getOne(OrlTxHandleT tx, const std::string& dn, Id attribute, Answer* answer);
+    OrlReturnT getMany(OrlTxHandleT tx, const std::string& dn, const std::vector<Id>& attributes,
+                       Answer* answer);
+
+    Host& _host;
+    const ModelView& _model;
+    ValueFormatter _formatter;
+    OrlTxHandleT _tx = 0;
+    bool _open = false;
+};
+
+}  // namespace cli
+}  // namespace host
+}  // namespace vesk

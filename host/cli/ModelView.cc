@@ -1,0 +1,166 @@
+#include "host/cli/ModelView.h"
+
+#include "host/model/StationValues.h"
+
+namespace vesk {
+namespace host {
+namespace cli {
+namespace {
+
+// "Class=id" into its two parts; false if either is missing.
+bool splitRdn(const std::string& rdn, std::string* className, std::string* id) {
+    size_t equals = rdn.find('=');
+    if (equals == std::string::npos || equals == 0 || equals + 1 == rdn.size()) {
+        return false;
+    }
+    *className = rdn.substr(0, equals);
+    *id = rdn.substr(equals + 1);
+    return true;
+}
+
+std::vector<std::string> splitDn(const std::string& dn) {
+    std::vector<std::string> rdns;
+    size_t start = 0;
+    for (;;) {
+        size_t comma = dn.find(',', start);
+        rdns.push_back(dn.substr(start, comma - start));
+        if (comma == std::string::npos) {
+            return rdns;
+        }
+        start = comma + 1;
+    }
+}
+
+}  // namespace
+
+bool ModelView::resolveDn(const std::string& dn, Id* moc, std::string* error) const {
+    if (dn.empty()) {
+        *error = "malformed dn: empty";
+        return false;
+    }
+    Id current = kNone;
+    for (const std::string& rdn : splitDn(dn)) {
+        std::string className, id;
+        if (!splitRdn(rdn, &className, &id)) {
+            *error = "malformed dn '" + dn + "': '" + rdn + "' is not Class=id";
+            return false;
+        }
+        if (current == kNone) {
+            if (className != rootClassName()) {
+                *error = "malformed dn '" + dn + "': it must begin with " + rootClassName();
+                return false;
+            }
+            current = tables().root;
+        } else if (!resolveChildClass(current, className, &current, error)) {
+            return false;
+        }
+    }
+    *moc = current;
+    return true;
+}
+
+const std::string& ModelView::rootClassName() const {
+    return tables().mocName(tables().root);
+}
+
+bool ModelView::resolveChildClass(Id parent, const std::string& name, Id* moc,
+                                  std::string* error) const {
+    if (_schema.mocByClass(name) == kNone) {
+        *error = "unknown class '" + name + "'";
+        return false;
+    }
+    Id containment = _schema.childContainment(parent, name);
+    if (containment == kNone) {
+        *error = "class '" + name + "' is not a child class of " + className(parent);
+        return false;
+    }
+    *moc = tables().containments[containment].child;
+    return true;
+}
+
+bool ModelView::resolveAttribute(Id moc, const std::string& name, Id* attribute,
+                                 std::string* error) const {
+    *attribute = _schema.attributeOf(moc, name);
+    if (*attribute == kNone) {
+        *error = "unknown attribute '" + name + "' of class " + className(moc);
+        return false;
+    }
+    return true;
+}
+
+std::vector<Id> ModelView::attributes(Id moc) const {
+    std::vector<Id> result;
+    for (Id it = tables().mocs[moc].firstAttribute; it != kNone;
+         it = tables().attributes[it].next) {
+        result.push_back(it);
+    }
+    return result;
+}
+
+int32_t ModelView::baseType(Id attribute) const {
+    return model::baseType(tables(), attribute);
+}
+
+bool ModelView::isList(Id attribute) const {
+    return model::isListAttribute(tables(), attribute);
+}
+
+const model::TypeContainer& ModelView::typeOf(Id attribute) const {
+    const model::TypeContainer& own =
+        tables().typeContainers[tables().attributes[attribute].typeContainer];
+    if (own.enumeration == kNone && own.structType == kNone && own.derived != kNone) {
+        return tables().typeContainers[tables().derived[own.derived].base];
+    }
+    return own;
+}
+
+std::string ModelView::literalName(Id attribute, int64_t number) const {
+    Id enumeration = typeOf(attribute).enumeration;
+    if (enumeration == kNone) {
+        return std::string();
+    }
+    for (Id it = tables().enumerations[enumeration].firstLiteral; it != kNone;
+         it = tables().literals[it].next) {
+        if (tables().literals[it].value == number) {
+            return tables().properties[tables().literals[it].properties].name;
+        }
+    }
+    return std::string();
+}
+
+bool ModelView::literalNumber(Id attribute, const std::string& name, int64_t* number) const {
+    Id enumeration = typeOf(attribute).enumeration;
+    if (enumeration == kNone) {
+        return false;
+    }
+    for (Id it = tables().enumerations[enumeration].firstLiteral; it != kNone;
+         it = tables().literals[it].next) {
+        if (tables().properties[tables().literals[it].properties].name == name) {
+            *number = tables().literals[it].value;
+            return true;
+        }
+    }
+    return false;
+}
+
+Id ModelView::structMember(Id attribute, const std::string& name) const {
+    Id structType = typeOf(attribute).structType;
+    return structType == kNone ? kNone : _schema.memberOf(structType, name);
+}
+
+std::vector<Id> ModelView::structMembers(Id attribute) const {
+    std::vector<Id> result;
+    Id structType = typeOf(attribute).structType;
+    if (structType == kNone) {
+        return result;
+    }
+    for (Id it = tables().structs[structType].firstMember; it != kNone;
+         it = tables().attributes[it].next) {
+        result.push_back(it);
+    }
+    return result;
+}
+
+}  // namespace cli
+}  // namespace host
+}  // namespace vesk

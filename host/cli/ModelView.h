@@ -1,0 +1,66 @@
+// The command layer's questions to the loaded station model: which class a dn names, which child
+// classes and attributes a class has, and the types behind an attribute. Every answer that
+// refuses gives one line for the operator. Read-only over a loaded ModelSchema, which must
+// outlive the view.
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "host/model/ModelSchema.h"
+
+namespace vesk {
+namespace host {
+namespace cli {
+
+using model::Id;
+using model::kNone;
+
+class ModelView {
+  public:
+    explicit ModelView(const model::ModelSchema& schema) : _schema(schema) {}
+
+    // The class of the last rdn of `dn`, checked from ManagedElement down: each rdn "Class=id"
+    // with both parts present, each class a child class of the one before. False, with the
+    // reason in `error`, for a malformed dn or a class the model does not have there.
+    bool resolveDn(const std::string& dn, Id* moc, std::string* error) const;
+    // The class `name` as a child class of `parent`; false with the reason otherwise.
+    bool resolveChildClass(Id parent, const std::string& name, Id* moc, std::string* error) const;
+    // The attribute `name` of `moc`; false with the reason otherwise.
+    bool resolveAttribute(Id moc, const std::string& name, Id* attribute, std::string* error) const;
+
+    // The attributes of `moc` in model order, key first.
+    std::vector<Id> attributes(Id moc) const;
+    const std::string& className(Id moc) const { return tables().mocName(moc); }
+    const std::string& attributeName(Id attribute) const {
+        return tables().attributeName(attribute);
+    }
+
+    // Type of an attribute or struct member with a derived type resolved to its base: 1..12,
+    // 14 or 16.
+    int32_t baseType(Id attribute) const;
+    bool isList(Id attribute) const;
+    // The name of literal `number` of the attribute's enumeration, or empty.
+    std::string literalName(Id attribute, int64_t number) const;
+    // The number of literal `name`; false if the enumeration has none of that name.
+    bool literalNumber(Id attribute, const std::string& name, int64_t* number) const;
+    // The member `name` of the attribute's struct, or kNone.
+    Id structMember(Id attribute, const std::string& name) const;
+    // The members of the attribute's struct, in model order.
+    std::vector<Id> structMembers(Id attribute) const;
+
+    const model::ModelTables& tables() const { return _schema.tables(); }
+    const model::ModelSchema& schema() const { return _schema; }
+
+  private:
+    // The type container that carries the enumeration or struct of an attribute.
+    const model::TypeContainer& typeOf(Id attribute) const;
+
+    const std::string& rootClassName() const;
+
+    const model::ModelSchema& _schema;
+};
+
+}  // namespace cli
+}  // namespace host
+}  // namespace vesk

@@ -1,0 +1,87 @@
+#include "host/cli/Shell.h"
+
+#include "host/cli/CommandText.h"
+#include "host/cli/Commands.h"
+
+namespace vesk {
+namespace host {
+namespace cli {
+
+Shell::Shell(Host& host, const ModelView& model, const ShellOptions& options, std::ostream& out)
+    : _host(host), _model(model), _options(options), _out(out), _executor(host, model) {}
+
+Shell::~Shell() {
+    finish();
+}
+
+bool Shell::runText(const std::string& text) {
+    for (const std::string& command : splitCommands(text)) {
+        if (!runCommand(command)) {
+            return false;
+        }
+    }
+    return !_stopped;
+}
+
+bool Shell::runCommand(const std::string& command) {
+    if (_stopped) {
+        return false;
+    }
+    Answer answer;
+    std::vector<std::string> words;
+    bool split = splitWords(command, &words, &answer.error);
+    if (split && (words.empty() || words[0][0] == '#')) {
+        return true;
+    }
+    if (_options.echo && !_options.json) {
+        _out << "vesk> " << command << "\n";
+    }
+    if (!split) {
+        answer.command = command;
+    } else {
+        answer.command = words[0];
+        answer.args.assign(words.begin() + 1, words.end());
+        const Command* found = findCommand(words[0]);
+        if (found == nullptr) {
+            answer.error = "unknown command '" + words[0] + "' (try help)";
+        } else if (answer.args.size() < found->minArgs || answer.args.size() > found->maxArgs) {
+            answer.error = std::string("usage: ") + found->name + " " + found->usage;
+        } else {
+            found->run(*this, answer.args, &answer);
+        }
+    }
+    print(answer);
+    if (answer.failed() && _options.strict) {
+        _exitStatus = kCommandFailed;
+        _stopped = true;
+    }
+    return !_stopped;
+}
+
+void Shell::finish() {
+    if (_finished) {
+        return;
+    }
+    _finished = true;
+    if (!_executor.inTransaction()) {
+        return;
+    }
+    Answer answer;
+    answer.command = "abort";
+    OrlTxHandleT tx = _executor.transaction();
+    _executor.abort(&answer);
+    answer.notes.assign(1, "transaction " + std::to_string(tx) + " was open at exit: aborted");
+    print(answer);
+}
+
+void Shell::print(const Answer& answer) {
+    if (_options.json) {
+        _out << toJson(answer).dump() << std::endl;
+    } else {
+        writeText(answer, _out);
+    }
+}
+
+}  // namespace cli
+}  // namespace host
+}  // namespace vesk

@@ -1,0 +1,73 @@
+// The command line's interpreter: takes one command at a time (words split as CommandText
+// does), runs it from the command table and prints its answer, as text or as one JSON object a
+// line. It owns the executor, so at most one transaction opened with `begin`; finish() aborts
+// one still open, with a line saying so. Used from one thread, the one the session is bound to.
+#pragma once
+
+#include <ostream>
+#include <string>
+
+#include "host/Host.h"
+#include "host/cli/Answer.h"
+#include "host/cli/Executor.h"
+#include "host/cli/ModelView.h"
+
+namespace vesk {
+namespace host {
+namespace cli {
+
+struct ShellOptions {
+    bool json = false;             // one JSON object per answer instead of text
+    bool strict = false;           // stop at the first failed command
+    std::string protocol = "cli";  // as bound to the requests' session: netconf, cli or none
+    std::string user;
+    bool echo = false;  // text answers are preceded by the prompt and the command (scripts)
+};
+
+// Exit status of a run stopped by a failed command under `strict`.
+constexpr int kCommandFailed = 8;
+
+class Shell {
+  public:
+    // `host` (started) and `model` must outlive the shell; answers go to `out`.
+    Shell(Host& host, const ModelView& model, const ShellOptions& options, std::ostream& out);
+    ~Shell();
+    Shell(const Shell&) = delete;
+    Shell& operator=(const Shell&) = delete;
+
+    // Runs each ";"-separated command of `text` until one stops the shell. False once the
+    // shell has stopped (quit, or a failure under strict).
+    bool runText(const std::string& text);
+    // Runs one command (a blank one or a comment beginning with "#" does nothing).
+    bool runCommand(const std::string& command);
+
+    bool stopped() const { return _stopped; }
+    // 0, or kCommandFailed when a failure stopped a strict run.
+    int exitStatus() const { return _exitStatus; }
+    // Aborts a transaction still open, with a line saying so. Called once at exit.
+    void finish();
+
+    // For the commands.
+    Executor& executor() { return _executor; }
+    const ModelView& model() const { return _model; }
+    Host& host() { return _host; }
+    const ShellOptions& options() const { return _options; }
+    void requestQuit() { _stopped = true; }
+    void setEcho(bool echo) { _options.echo = echo; }
+
+  private:
+    void print(const Answer& answer);
+
+    Host& _host;
+    const ModelView& _model;
+    ShellOptions _options;
+    std::ostream& _out;
+    Executor _executor;
+    bool _stopped = false;
+    bool _finished = false;
+    int _exitStatus = 0;
+};
+
+}  // namespace cli
+}  // namespace host
+}  // namespace vesk

@@ -1,0 +1,65 @@
+// Reads a value typed by the operator, in the syntax renderText writes, into a value container
+// for the agent, checked against the model before the agent is asked: numbers in their YANG
+// range, booleans "true"/"false", enumeration literals by name, references as dns, structs as
+// "{member=value, ...}" (members by model name), list attributes as "[v, v]" (a single value is
+// a list of one). A single value of a plain type is the whole text, quotes optional (unless it
+// begins with a quote, "[" or "{"); inside lists and structs, values holding blanks or one of
+// `",;[]{}=\` are quoted. Used by the write commands.
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "host/cli/ModelView.h"
+#include "platform/orl/OrlAttributeValue.h"
+
+namespace vesk {
+namespace host {
+namespace cli {
+
+// A container built by ValueParser. It owns everything below it (malloc'ed, as the agent's
+// records are) and frees it when it goes.
+class ParsedValue {
+  public:
+    ParsedValue() = default;
+    ~ParsedValue();
+    ParsedValue(const ParsedValue&) = delete;
+    ParsedValue& operator=(const ParsedValue&) = delete;
+
+    const OrlMoAttributeValueContainer_3* container() const { return &_container; }
+    OrlMoAttributeValueContainer_3* mutableContainer() { return &_container; }
+
+  private:
+    OrlMoAttributeValueContainer_3 _container{0, 0, nullptr};
+};
+
+// Frees what a container holds (strings, member lists, the slots), not the container itself.
+void freeContainerContents(OrlMoAttributeValueContainer_3* container);
+
+class ValueParser {
+  public:
+    explicit ValueParser(const ModelView& model) : _model(model) {}
+
+    // Parses `text` as a value of attribute (or struct member) `attribute` into `value`. False,
+    // with one line for the operator in `error`, if the text does not fit.
+    bool parse(Id attribute, const std::string& text, ParsedValue* value, std::string* error) const;
+
+    // The syntax tree of a text; defined with the parser.
+    struct Node;
+
+  private:
+    bool readNode(Id attribute, const std::string& text, Node* node, std::string* error) const;
+    bool fill(Id attribute, const Node& node, OrlMoAttributeValueContainer_3* container,
+              std::string* error) const;
+    bool fillSlot(Id attribute, int32_t type, const Node& node, OrlMoAttributeValue_3* slot,
+                  std::string* error) const;
+    bool fillStruct(Id attribute, const Node& node, OrlMoAttributeValue_3* slot,
+                    std::string* error) const;
+    bool fitsType(Id attribute, const std::string& text, std::string* error) const;
+
+    const ModelView& _model;
+};
+
+}  // namespace cli
+}  // namespace host
+}  // namespace vesk

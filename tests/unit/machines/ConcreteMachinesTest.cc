@@ -1,0 +1,94 @@
+// The concrete machines on their tables, driven on the test's thread: what their actions log
+// today, and that an answer they cannot use yet is still released by its handler.
+#include <gtest/gtest.h>
+
+#include "backup/VeskBrM.h"
+#include "notification/VeskCmEventProducer.h"
+#include "platform/Logger.h"
+#include "software/VeskSwM.h"
+#include "station/log/LogControl.h"
+#include "unit/machines/MachineTableDriver.h"
+
+namespace {
+
+using VESK::Framework::Event;
+using VESK::Framework::EventWithMessage;
+using vesk::machinetest::TrackedMessage;
+
+TEST(ConcreteBrMTest, AnswerInStReadyIsReleasedWithTheNotAvailableLine) {
+    VeskBrM machine;
+    machine.currentState = VeskBrM::stReady;
+    vesk::log::LogCapture log;
+    int deletions = 0;
+    EventWithMessage answer(1015, new TrackedMessage(&deletions));
+    EXPECT_EQ(machine.processEvent(answer), 1);
+    EXPECT_EQ(deletions, 1);
+    EXPECT_EQ(machine.currentState, VeskBrM::stReady);
+    EXPECT_EQ(
+        log.count("VeskBrM::processEvent_evBrMOperationResp - not available yet", VESK_LOG_ERROR),
+        1u);
+    // The stay enters stReady again.
+    EXPECT_EQ(log.count("VeskBrM: Entering stReady", VESK_LOG_INFO), 1u);
+}
+
+TEST(ConcreteSwMTest, BothAnswersInStReadyAreReleasedWithTheirNotAvailableLines) {
+    VeskSwM machine;
+    machine.initializeStateMachine();
+    Event startToOperate(1001);
+    ASSERT_EQ(machine.processEvent(startToOperate), 1);
+    vesk::log::LogCapture log;
+    int deletions = 0;
+    EventWithMessage created(1014, new TrackedMessage(&deletions));
+    EventWithMessage updated(1016, new TrackedMessage(&deletions));
+    EXPECT_EQ(machine.processEvent(created), 1);
+    EXPECT_EQ(machine.processEvent(updated), 1);
+    EXPECT_EQ(deletions, 2);
+    EXPECT_EQ(
+        log.count("VeskSwM::processEvent_evInitialiseSWResp - not available yet", VESK_LOG_ERROR),
+        1u);
+    EXPECT_EQ(
+        log.count("VeskSwM::processEvent_evSwOssUpdateResp - not available yet", VESK_LOG_ERROR),
+        1u);
+    EXPECT_EQ(log.countContaining("VeskSwM: Entering stReady"), 2u);
+    EXPECT_EQ(log.countContaining("VeskSwM: Leaving"), 0u);
+}
+
+// A portal that offers nothing: the producer's router registration fails and it runs on.
+OrlReturnT noInterface(const char*, const char*, const char*, void**) {
+    return OrlNotExist;
+}
+
+TEST(ConcreteProducerTest, RunningAndNotificationsAreNotAvailableYetAndQuitEndsIt) {
+    OrlMgmtSpiInterfacePortal_1 portal{};
+    portal.getInterface = noInterface;
+    TibVeskCM::VeskCmEventProducer producer(&portal);
+    producer.currentState = VeskCmEventProducer_StateMachine::stInitialize;
+    vesk::log::LogCapture log;
+
+    Event gotoRunning(1002);
+    EXPECT_EQ(producer.processEvent(gotoRunning), 1);
+    EXPECT_EQ(producer.currentState, VeskCmEventProducer_StateMachine::stRunning);
+    EXPECT_EQ(log.countContaining("evGotoRunning received, state: 2000", VESK_LOG_TRACE), 1u);
+    EXPECT_EQ(
+        log.count("VeskCmEventProducer::enterState_stRunning - not available yet", VESK_LOG_ERROR),
+        1u);
+    // A second one in stRunning is only traced: stRunning is not entered again.
+    EXPECT_EQ(producer.processEvent(gotoRunning), 1);
+    EXPECT_EQ(log.countContaining("evGotoRunning received, state: 2001", VESK_LOG_TRACE), 1u);
+    EXPECT_EQ(log.countContaining("enterState_stRunning"), 1u);
+
+    IDatabase::EventClass_ev4Notification notification;
+    EXPECT_EQ(producer.processEvent(notification), 1);
+    EXPECT_EQ(log.count("VeskCmEventProducer::processEvent_evNotification - not available yet",
+                        VESK_LOG_ERROR),
+              1u);
+
+    Event quit(1000);
+    EXPECT_EQ(producer.processEvent(quit), 1);
+    EXPECT_TRUE(producer.hasTerminated());
+    EXPECT_EQ(
+        log.count("VeskCmEventProducer evQuit - Unregister database notifications", VESK_LOG_INFO),
+        1u);
+}
+
+}  // namespace
