@@ -50,9 +50,18 @@ class VeskDBTransaction : public WrapperTemplate::Wrapper {
     std::list<MoReference>& getRefList() { return refList; }
     void enableAiLog() { aiLogEnabled = true; }
     bool isAiLogEnabled() const { return aiLogEnabled; }
-    // True if every reference written in this transaction points at an MO. The reference check
-    // lands with reference tracking.
-    bool validateReferences() { return true; }
+    // References written in this transaction (newest first), checked at commit.
+    // Notes dn/attribute -> reference once; references into the band 46 high channels are not
+    // noted.
+    void addToReferenceList(std::string dn, std::string attributeName, std::string reference);
+    // Forgets every noted reference of dn/attribute, whatever it points at.
+    void removeFromReferenceList(std::string dn, std::string attributeName);
+    void printReferenceList();
+    // True if the attribute still holds `reference` (by substring) in this transaction's view.
+    bool referenceExists(std::string dn, std::string attributeName, std::string reference);
+    // True if every noted reference that is still held points at an MO; reports each missing
+    // target and empties the list.
+    bool validateReferences();
     // Confirms, or drops, what went to the security component. The database's own commit or
     // rollback is the front's. Always 0.
     int commit();
@@ -104,6 +113,33 @@ class VeskDBTransaction : public WrapperTemplate::Wrapper {
 
     // The database type of a host type, single or list; 0 (with a warning) for others.
     IPCData::AttributeValueType getAttributeValueType(int hostType, bool isList);
+
+    // Writes, in this transaction's database transaction (opened by the front before the first
+    // write). 0 success, -1 failure, -5 the object must be locked first, -8 a refused value.
+    int createMo(char const* parentDn, char const* className, char const* keyAttributeName,
+                 char const* keyAttributeValue, OrlMoNamedAttributeValueContainer_3** attributes);
+    int setMoAttribute(std::string const& dn, std::string const& attributeName,
+                       OrlMoAttributeValueContainer_3 const* value);
+    int deleteMo(std::string const& dn);
+
+    // Builders of new attributes from host values; the caller owns the result (null if none).
+    Attribute* updateNewAttribute(std::string dn, std::string attributeName,
+                                  OrlMoAttributeValueContainer_3 value, bool valueSet);
+    Attribute* updateNewListAttribute(std::string attributeName, std::string listText, int hostType,
+                                      bool valueSet);
+    // The stored text of a list value; notes the elements of a reference list.
+    std::string createListAttributeString(OrlMoAttributeValueContainer_3 const* value,
+                                          std::string& dn, std::string rdn,
+                                          std::string attributeName);
+
+    // Gates to the struct writers: 1 success, 0 failure (single); 0 success, -1 failure (list).
+    int handleStructAttribute(std::string dn, std::string attributeName,
+                              OrlMoAttributeValueContainer_3 const* value, bool flag,
+                              DBObject** object, OrlMoAttributeValueStructMember_3* member,
+                              std::string unused1, std::string unused2);
+    int handleStructListAttribute(std::string dn, std::string attributeName,
+                                  OrlMoAttributeValueContainer_3 const* value,
+                                  std::string listText);
 
   private:
     // An agent-local comparator keeps the map's code out of the plug-in's exports.
