@@ -213,21 +213,6 @@ OrlReturnT VeskMoImpl::countMoChildren(OrlTxHandleT txHandle, const char* dn, co
     return rc;
 }
 
-// Writes: their logic lands with the write path and its change gates.
-OrlReturnT VeskMoImpl::setMoAttribute(OrlTxHandleT, const std::string&, const std::string&,
-                                      const OrlMoAttributeValueContainer_3*) {
-    return notAvailable(__func__);
-}
-
-OrlReturnT VeskMoImpl::createMo(OrlTxHandleT, const char*, const char*, const char*, const char*,
-                                OrlMoNamedAttributeValueContainer_3**) {
-    return notAvailable(__func__);
-}
-
-OrlReturnT VeskMoImpl::deleteMo(OrlTxHandleT, const std::string&) {
-    return notAvailable(__func__);
-}
-
 // Actions: their logic lands with action dispatch.
 OrlReturnT VeskMoImpl::action(OrlTxHandleT, const char*, const char*,
                               OrlMoNamedAttributeValueContainer_3**, OrlMoAttributeValueResult_3*) {
@@ -423,24 +408,6 @@ int32_t VeskMoImpl::getTibCommunicationProtocol() {
         return -1;
     }
     return protocol;
-}
-
-// Object implementer registration: its logic lands with the implementer registry.
-OrlReturnT VeskMoImpl::registerClassOI(OrlMgmtSpiInterface_1, OrlMgmtSpiInterface_1, const char*) {
-    return notAvailable(__func__);
-}
-
-OrlReturnT VeskMoImpl::registerDnOI(OrlMgmtSpiInterface_1, OrlMgmtSpiInterface_1, const char*) {
-    return notAvailable(__func__);
-}
-
-OrlReturnT VeskMoImpl::unRegisterClassOI(OrlMgmtSpiInterface_1, OrlMgmtSpiInterface_1,
-                                         const char*) {
-    return notAvailable(__func__);
-}
-
-OrlReturnT VeskMoImpl::unRegisterDnOI(OrlMgmtSpiInterface_1, OrlMgmtSpiInterface_1, const char*) {
-    return notAvailable(__func__);
 }
 
 void VeskMoImpl::sessionCreatedCallback(uint64_t sessionHandle) {

@@ -5,9 +5,10 @@
 // transaction.
 //
 // What it does now: init and terminate of the plug-in, initialize at start, the two-phase flow
-// (join, prepare, commit, abort, finish), the reads and iterators, the session callbacks and the
-// OSS connection marker. Writes, object implementer registrations and actions answer OrlFailure
-// with an error line until their logic lands.
+// (join, prepare, commit, abort, finish), the reads and iterators, the session callbacks, the OSS
+// connection marker, the object implementer registry (VeskMoImplRegistry.cc) and the gated,
+// routed writes (VeskMoImplGates.cc, VeskMoImplWrites.cc). Actions answer OrlFailure with an
+// error line until their logic lands.
 //
 // Threads: the host calls on its own threads. `_mutex` (recursive) serialises every read, write,
 // join, commit, abort, finish and action for its whole length; prepare, the session callbacks,
@@ -21,6 +22,7 @@
 #include <functional>
 #include <list>
 #include <map>
+#include <set>
 #include <string>
 
 #include "platform/orl/OrlMgmtSpi.h"
@@ -30,6 +32,18 @@ namespace TibVeskCM {
 
 class VeskDBTransaction;
 class VeskCmEventProducer;
+
+// A registered object implementer: the dn (or MO path) and the record fetched from the portal.
+// Ordered by the text (bytes, then length), then by the record's address, so one text may hold
+// several records.
+struct DnInterfacePair_T {
+    std::string dn;
+    void* interface;
+};
+typedef DnInterfacePair_T ClassInterfacePair_T;
+
+// The integration's user name: below the integrated phase its NETCONF session may write.
+extern const char* const AIM_ICF_USER;
 
 // The phase a transaction callback belongs to.
 enum OrlTxOperation { OrlTxOperationPrepare = 1, OrlTxOperationAbort = 2 };
@@ -112,14 +126,40 @@ class VeskMoImpl {
     // answer stops and is returned. OrlOk when there are none. Takes no lock.
     OrlReturnT checkCallbackMap(OrlTxHandleT txHandle, OrlTxOperation operation);
 
-    // Object implementer registration. Its logic lands with the implementer registry.
+    // Object implementer registration, without the mutex. The managed object record must be
+    // version "1" for a dn and "3" for a class, the transactional resource record version "2";
+    // other versions are ignored with a warning and OrlOk. Both records are fetched from the
+    // portal by their header; a refused fetch is returned. A pair already held stays as it is.
     OrlReturnT registerClassOI(OrlMgmtSpiInterface_1 moIf, OrlMgmtSpiInterface_1 txIf,
                                const char* path);
     OrlReturnT registerDnOI(OrlMgmtSpiInterface_1 moIf, OrlMgmtSpiInterface_1 txIf, const char* dn);
+    // Removes both pairs; a pair not held is a warning. OrlOk unless a fetch is refused.
     OrlReturnT unRegisterClassOI(OrlMgmtSpiInterface_1 moIf, OrlMgmtSpiInterface_1 txIf,
                                  const char* path);
     OrlReturnT unRegisterDnOI(OrlMgmtSpiInterface_1 moIf, OrlMgmtSpiInterface_1 txIf,
                               const char* dn);
+
+    // "/A/B" for "A=1,B=2": each "=value," (or "=value" at the end) becomes "/", and the last
+    // character is cut. A text without "=" loses its last character.
+    static std::string GetMoPathFromFdn(std::string fdn);
+    // The class of the MO named by dn: behind the last "," up to the last "=".
+    static std::string classFromDn(const std::string& dn);
+    // True if `dn` contains "CertM=1".
+    static bool checkSecMo(const std::string& dn);
+    // The variable's value; empty when it is unset.
+    static std::string GetEnv(const std::string& name);
+    // DOLM_NUM_OI_SETMOATTR_ATTEMPTS, read at each call; 200 when unset, empty or not a number.
+    static int getOINumOfAttemptEnv();
+
+    // "AI_phase" of "OAM" in committed data; -2 when the object or attribute is missing.
+    int32_t getAimPhase();
+    // The bound session's user, empty when unknown.
+    std::string getTibUserName();
+    // The change gate of set and create: true once the station is integrated (phase 4 or more,
+    // latched for the life of the library; `phase` then reads -1), and below that for the
+    // integration's NETCONF session as AIM_ICF_USER, for requests without a bound session or of
+    // protocol 0, and for a write of "rbsConfigLevel". `phase` receives the phase read.
+    bool IsDatabaseChangeAllowed(int& phase, const char* attrName);
 
     // A copy of the open transactions, without the mutex: for callers that hold it.
     TxMap getTxMap() const { return _txMap; }
@@ -145,6 +185,48 @@ class VeskMoImpl {
     };
     typedef std::map<TxCallback, OrlTxOperation, CallbackOrder> Callbacks;
 
+    struct PairOrder {
+        bool operator()(const DnInterfacePair_T& a, const DnInterfacePair_T& b) const {
+            int order = a.dn.compare(b.dn);
+            return order != 0 ? order < 0 : std::less<void*>()(a.interface, b.interface);
+        }
+    };
+    typedef std::set<DnInterfacePair_T, PairOrder> OiSet;
+    // The registration's two fetches: the transactional resource record, then the managed
+    // object record. A refusal is logged with `prefix` and returned.
+    OrlReturnT fetchImplementer(const OrlMgmtSpiInterface_1& moIf,
+                                const OrlMgmtSpiInterface_1& txIf, const char* prefix,
+                                void** moRecord, void** txRecord);
+    void traceOiSet(const OiSet& set, const char* name);
+
+    // The routing of setMoAttribute: dn implementers (their answer is only waited out) and class
+    // implementers (a failure stops the write).
+    OrlReturnT checkSetMoAttributeDnOI(OrlTxHandleT txHandle, const std::string& dn,
+                                       const std::string& attrName,
+                                       const OrlMoAttributeValueContainer_3* value);
+    OrlReturnT checkSetMoAttributeClassOI(OrlTxHandleT txHandle, const std::string& dn,
+                                          const std::string& attrName,
+                                          const OrlMoAttributeValueContainer_3* value);
+    // Calls the implementer's setMoAttribute up to getOINumOfAttemptEnv() times while it answers
+    // OrlTryAgain, sleeping half a second between calls. 1 when no attempt is allowed.
+    OrlReturnT setMoAttributeAttempts(OrlOamSpiManagedObject_3* implementer, OrlTxHandleT txHandle,
+                                      const std::string& dn, const std::string& attrName,
+                                      const OrlMoAttributeValueContainer_3* value, bool classForm);
+    // The managed object record of the first class implementer of fdn's path, or null.
+    OrlOamSpiManagedObject_3* checkObjectImplementers(std::string fdn);
+    // The database part of createMo, steps after the implementer.
+    OrlReturnT createInDatabase(OrlTxHandleT txHandle, const char* parentDn, const char* className,
+                                const char* keyAttrName, const char* keyAttrValue,
+                                OrlMoNamedAttributeValueContainer_3** attributes);
+    // A duplicate "qci" of QciProfileOperatorDefined against committed data: OrlValidationFailed.
+    OrlReturnT validateQciProfileOperatorDefinedQci(const std::string& dn,
+                                                    const std::string& attrName,
+                                                    const OrlMoAttributeValueContainer_3* value);
+    // The same after a creation, against the transaction's own view.
+    OrlReturnT validateQciProfileOperatorDefinedQciStartup(
+        OrlTxHandleT txHandle, const std::string& className,
+        OrlMoNamedAttributeValueContainer_3** attributes);
+
     OrlReturnT notAvailable(const char* operation);
     // The open transaction of `txHandle`, or null.
     VeskDBTransaction* findTransaction(OrlTxHandleT txHandle) const;
@@ -169,6 +251,10 @@ class VeskMoImpl {
     OrlMgmtSpiThreadContext_2* _threadContext;
     bool _firstCommitPending;
     std::map<OrlTxHandleT, Callbacks, HandleOrder> _callbackMap;
+    OiSet _oiDnMapToTxResourceIf_2;
+    OiSet _oiDnMapToManagedObjectIf_1;
+    OiSet _oiClassMapToTxResourceIf_2;
+    OiSet _oiClassMapToManagedObjectIf_1;
 };
 
 }  // namespace TibVeskCM

@@ -11,7 +11,7 @@
 #include "platform/IPCData.h"
 
 class Attribute {
-public:
+  public:
     AttributeVariant value;
     int32_t attributeId;
     bool valueSet;  // false marks a placeholder of type 0
@@ -38,7 +38,8 @@ public:
 
     // Assigns `v` and sets `modified`, unless the held value is the same alternative and equal.
     void SetValue(AttributeVariant v) {
-        if (value.which() == v.which() && value == v) return;
+        if (value.which() == v.which() && value == v)
+            return;
         value = v;
         modified = true;
     }
@@ -46,22 +47,41 @@ public:
     // Stores `text` in the alternative of `aType`. Types outside 1..32 are ignored; 13 and 15
     // store nothing. The field `type` is not changed.
     void SetValue(std::string text, IPCData::AttributeValueType aType) {
-        if (aType < 1 || aType > 32) return;
+        if (aType < 1 || aType > 32)
+            return;
         std::istringstream in(text);
         switch (aType) {
-            case IPCData::AVT_INT8: SetValue(AttributeVariant(static_cast<char>(read<int>(in)))); break;
-            case IPCData::AVT_INT16: SetValue(AttributeVariant(read<short>(in))); break;
+            case IPCData::AVT_INT8:
+                SetValue(AttributeVariant(static_cast<char>(read<int>(in))));
+                break;
+            case IPCData::AVT_INT16:
+                SetValue(AttributeVariant(read<short>(in)));
+                break;
             case IPCData::AVT_INT32:
-            case IPCData::AVT_ENUM: SetValue(AttributeVariant(read<int>(in))); break;
-            case IPCData::AVT_INT64: SetValue(AttributeVariant(read<long long>(in))); break;
+            case IPCData::AVT_ENUM:
+                SetValue(AttributeVariant(read<int>(in)));
+                break;
+            case IPCData::AVT_INT64:
+                SetValue(AttributeVariant(read<long long>(in)));
+                break;
             case IPCData::AVT_UINT8:
                 SetValue(AttributeVariant(static_cast<unsigned char>(read<unsigned>(in))));
                 break;
-            case IPCData::AVT_UINT16: SetValue(AttributeVariant(read<unsigned short>(in))); break;
-            case IPCData::AVT_UINT32: SetValue(AttributeVariant(read<unsigned int>(in))); break;
-            case IPCData::AVT_UINT64: SetValue(AttributeVariant(read<unsigned long long>(in))); break;
-            case IPCData::AVT_DECIMAL64: SetValue(AttributeVariant(read<double>(in))); break;
-            case IPCData::AVT_FLOAT: SetValue(AttributeVariant(read<float>(in))); break;
+            case IPCData::AVT_UINT16:
+                SetValue(AttributeVariant(read<unsigned short>(in)));
+                break;
+            case IPCData::AVT_UINT32:
+                SetValue(AttributeVariant(read<unsigned int>(in)));
+                break;
+            case IPCData::AVT_UINT64:
+                SetValue(AttributeVariant(read<unsigned long long>(in)));
+                break;
+            case IPCData::AVT_DECIMAL64:
+                SetValue(AttributeVariant(read<double>(in)));
+                break;
+            case IPCData::AVT_FLOAT:
+                SetValue(AttributeVariant(read<float>(in)));
+                break;
             case IPCData::AVT_BOOL:
                 if (text == "true") {
                     SetValue(AttributeVariant(true));
@@ -72,8 +92,11 @@ public:
                 }
                 break;
             case IPCData::AVT_RESERVED_13:
-            case IPCData::AVT_RESERVED_15: break;
-            default: SetValue(AttributeVariant(text)); break;  // 9, 11, 14, 18..32
+            case IPCData::AVT_RESERVED_15:
+                break;
+            default:
+                SetValue(AttributeVariant(text));
+                break;  // 9, 11, 14, 18..32
         }
     }
 
@@ -95,16 +118,36 @@ public:
                     out << boost::get<unsigned char>(value);
                 }
                 break;
-            case AV_SHORT: out << boost::get<short>(value); break;
-            case AV_INT: out << boost::get<int>(value); break;
-            case AV_LONGLONG: out << boost::get<long long>(value); break;
-            case AV_FLOAT: out << boost::get<float>(value); break;
-            case AV_DOUBLE: out << boost::get<double>(value); break;
-            case AV_STRING: out << boost::get<std::string>(value); break;
-            case AV_USHORT: out << boost::get<unsigned short>(value); break;
-            case AV_UINT: out << boost::get<unsigned int>(value); break;
-            case AV_ULONGLONG: out << boost::get<unsigned long long>(value); break;
-            case AV_BOOL: out << (boost::get<bool>(value) ? 1 : 0); break;
+            case AV_SHORT:
+                out << boost::get<short>(value);
+                break;
+            case AV_INT:
+                out << boost::get<int>(value);
+                break;
+            case AV_LONGLONG:
+                out << boost::get<long long>(value);
+                break;
+            case AV_FLOAT:
+                out << boost::get<float>(value);
+                break;
+            case AV_DOUBLE:
+                out << boost::get<double>(value);
+                break;
+            case AV_STRING:
+                out << boost::get<std::string>(value);
+                break;
+            case AV_USHORT:
+                out << boost::get<unsigned short>(value);
+                break;
+            case AV_UINT:
+                out << boost::get<unsigned int>(value);
+                break;
+            case AV_ULONGLONG:
+                out << boost::get<unsigned long long>(value);
+                break;
+            case AV_BOOL:
+                out << (boost::get<bool>(value) ? 1 : 0);
+                break;
             case AV_CSTRING: {
                 const char* s = boost::get<char const*>(value);
                 if (s == nullptr) {
@@ -115,11 +158,12 @@ public:
                 break;
             }
         }
-        if (out.fail()) std::cout << "Error: std::string ToStr\n";
+        if (out.fail())
+            std::cout << "Error: std::string ToStr\n";
         return out.str();
     }
 
-private:
+  private:
     template <typename T>
     static T read(std::istream& in) {
         T v{};

@@ -8,7 +8,7 @@
 #include "platform/IPCData.h"
 
 class DBObject {
-public:
+  public:
     DBObject(std::string rdn, int instance, bool visible, bool flagB,
              IPCData::OperationalState opState, IPCData::AdminState adminState,
              std::string parentDn, int classInstance);

@@ -7,7 +7,7 @@ namespace VESK {
 namespace Framework {
 
 class Event {
-public:
+  public:
     explicit Event(int32_t aEventId) : eventId(aEventId) {}
     virtual ~Event() {}
     // Releases what a derived event carries; nothing in the base.

@@ -12,7 +12,7 @@
 #include "platform/IPCData.h"
 
 class IDatabase {
-public:
+  public:
     enum { EV4_NOTIFICATION = 1004 };
 
     // One changed attribute in a change event.
@@ -27,7 +27,7 @@ public:
 
     // Event 1004: one changed object, or the new value of a status attribute.
     class EventClass_ev4Notification : public VESK::Framework::Event {
-    public:
+      public:
         EventClass_ev4Notification();
         EventClass_ev4Notification(const EventClass_ev4Notification& other);
         EventClass_ev4Notification& operator=(const EventClass_ev4Notification&) = delete;

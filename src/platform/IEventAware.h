@@ -7,7 +7,7 @@ namespace VESK {
 namespace Framework {
 
 class IEventAware {
-public:
+  public:
     virtual ~IEventAware() {}
     virtual bool allowEnqueue() const { return true; }
     // Takes a copy of `event` for later processing; returns false if it was not accepted.

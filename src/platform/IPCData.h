@@ -56,22 +56,38 @@ enum AdminState { ADMSTATE_LOCKED = 0, ADMSTATE_UNLOCKED = 1 };
 // The variant alternative a value of `type` must hold; -1 for types with none (0, 13, 15).
 inline int expectedVariantIndex(AttributeValueType type) {
     switch (type) {
-        case AVT_INT8: return 0;
-        case AVT_INT16: return 1;
-        case AVT_INT32: return 2;
-        case AVT_INT64: return 3;
-        case AVT_UINT8: return 7;
-        case AVT_UINT16: return 8;
-        case AVT_UINT32: return 9;
-        case AVT_UINT64: return 10;
-        case AVT_STRING: return 6;
-        case AVT_BOOL: return 11;
-        case AVT_REFERENCE: return 6;
-        case AVT_ENUM: return 2;
-        case AVT_STRUCT: return 6;
-        case AVT_DECIMAL64: return 5;
-        case AVT_FLOAT: return 4;
-        default: return (type >= AVT_ENUM_LIST && type <= AVT_STRUCT_LIST) ? 6 : -1;
+        case AVT_INT8:
+            return 0;
+        case AVT_INT16:
+            return 1;
+        case AVT_INT32:
+            return 2;
+        case AVT_INT64:
+            return 3;
+        case AVT_UINT8:
+            return 7;
+        case AVT_UINT16:
+            return 8;
+        case AVT_UINT32:
+            return 9;
+        case AVT_UINT64:
+            return 10;
+        case AVT_STRING:
+            return 6;
+        case AVT_BOOL:
+            return 11;
+        case AVT_REFERENCE:
+            return 6;
+        case AVT_ENUM:
+            return 2;
+        case AVT_STRUCT:
+            return 6;
+        case AVT_DECIMAL64:
+            return 5;
+        case AVT_FLOAT:
+            return 4;
+        default:
+            return (type >= AVT_ENUM_LIST && type <= AVT_STRUCT_LIST) ? 6 : -1;
     }
 }
 

@@ -7,7 +7,7 @@
 #include "platform/DBObject.h"
 
 class ISec {
-public:
+  public:
     static int createMo(int handle, DBObject* object);
     static int editMo(int handle, std::string dn, Attribute* attribute);
     static int deleteMO(int handle, std::string dn);

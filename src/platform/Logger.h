@@ -9,7 +9,12 @@ extern int g_thisComponentForLogging;
 }  // namespace VESK
 
 // Log levels.
-enum VeskLogLevel { VESK_LOG_ERROR = 2, VESK_LOG_WARNING = 4, VESK_LOG_INFO = 8, VESK_LOG_TRACE = 32 };
+enum VeskLogLevel {
+    VESK_LOG_ERROR = 2,
+    VESK_LOG_WARNING = 4,
+    VESK_LOG_INFO = 8,
+    VESK_LOG_TRACE = 32
+};
 
 // Writes one log line. `flag` is always 1. Safe from any thread; never throws.
 extern "C" void mw_api_log_impl(int component, int level, int flag, const char* format, ...)
@@ -21,6 +26,6 @@ extern "C" void mw_api_log_impl(int component, int level, int flag, const char* 
 #define VESK_WARNING(fmt, ...) VESK_LOG(VESK_LOG_WARNING, fmt, ##__VA_ARGS__)
 #define VESK_INFO(fmt, ...) VESK_LOG(VESK_LOG_INFO, fmt, ##__VA_ARGS__)
 // Trace lines begin with "[file:line] ".
-#define VESK_TRACE(fmt, ...)                                                                   \
+#define VESK_TRACE(fmt, ...)                                                                       \
     mw_api_log_impl(VESK::Framework::g_thisComponentForLogging, VESK_LOG_TRACE, 1, "[%s:%d] " fmt, \
                     __FILE_NAME__, __LINE__, ##__VA_ARGS__)

@@ -12,7 +12,7 @@
 #include "platform/Logger.h"
 
 class Toolbox {
-public:
+  public:
     static bool convertIntToString(int const& value, std::string& out);
     static bool convertUIntToString(unsigned const& value, std::string& out);
     static bool convertLongToString(long const& value, std::string& out);
@@ -138,7 +138,7 @@ public:
         return ok;
     }
 
-private:
+  private:
     template <typename T>
     static bool readFromObject(const char* func, DBObject* object, const std::string& dn,
                                const std::string& name, T& out) {

@@ -21,6 +21,7 @@
 #include "platform/WrapperTemplate.h"
 #include "platform/orl/OrlAttributeValue.h"
 #include "platform/orl/OrlMgmtSpi.h"
+#include "transaction/IAttribute.h"
 
 namespace TibVeskCM {
 
@@ -165,10 +166,25 @@ class VeskDBTransaction : public WrapperTemplate::Wrapper {
     int readList(Attribute* attribute, OrlMoAttributeValueContainer_3* container);
     int convertMember(char const* dn, Attribute* attribute, OrlMoAttributeValueResult_3& result);
 
+    // Pieces of the write operations (VeskDBTransactionWrite.cc).
+    void addCreatedAttribute(DBObject* object, const std::string& newDn, char const* className,
+                             OrlMoNamedAttributeValueContainer_3 const& named);
+    int completeCreatedMo(const std::string& newDn);
+    int setPendingAttribute(std::string const& dn, std::string const& attributeName,
+                            OrlMoAttributeValueContainer_3 const* value, int slot);
+    int deleteAttributeValue(std::string const& dn, std::string const& attributeName,
+                             OrlMoAttributeValueContainer_3 const* value);
+    int setSecuritySingle(std::string const& dn, std::string const& attributeName,
+                          OrlMoAttributeValueContainer_3 const* value);
+    int setSingleValue(std::string const& dn, std::string const& attributeName,
+                       OrlMoAttributeValueContainer_3 const* value);
+    int setListValue(std::string const& dn, std::string const& attributeName,
+                     OrlMoAttributeValueContainer_3 const* value);
+
     int32_t databaseTxHandle;
     bool secUsed;
     bool aiLogEnabled;
-    // The attribute factory of the writers takes its place here when they land.
+    IAttribute iAttr;  // the attribute factory of the writers
     std::list<MoReference> refList;
     uint32_t transactionId;
     OrlMgmtSpiInterfacePortal_1& portal;

@@ -9,25 +9,15 @@
 #include "platform/Toolbox.h"
 #include "plugin/VeskOrlHelper.h"
 #include "transaction/VeskDBTransaction.h"
+#include "validation/VeskCheckExceptions.h"
 
 namespace TibVeskCM {
 namespace {
 
-// The naming attribute of an MO is its class with the first letter in lower case, then "Id".
-bool isKeyAttribute(const std::string& dn, const std::string& attributeName) {
-    std::string key = dn.substr(dn.rfind(',') == std::string::npos ? 0 : dn.rfind(',') + 1);
-    std::string className = key.substr(0, key.find('='));
-    if (className.empty()) {
-        return false;
-    }
-    className[0] = static_cast<char>(std::tolower(static_cast<unsigned char>(className[0])));
-    return className + "Id" == attributeName;
-}
-
 // The text of a string-typed attribute; a certificate MO's key shows as its bare id.
 std::string hostText(const std::string& dn, Attribute* attribute) {
     std::string text = boost::get<std::string>(attribute->value);
-    if (!text.empty() && isKeyAttribute(dn, attribute->name) &&
+    if (!text.empty() && VeskCheckExceptions().checkKeyAttribute(dn, attribute->name) &&
         dn.find("CertM=1") != std::string::npos) {
         text = text.substr(text.rfind('=') + 1);
     }

@@ -1,6 +1,8 @@
 #include "validation/VeskOI.h"
 
+#include "front/VeskMoImpl.h"
 #include "platform/Logger.h"
+#include "transaction/VeskDBTransaction.h"
 
 namespace TibVeskOI {
 
@@ -82,6 +84,30 @@ OrlReturnT VeskOI::handleCommit(OrlTxHandleT /*txHandle*/) {
 
 OrlReturnT VeskOI::handleRollback(OrlTxHandleT /*txHandle*/) {
     return OrlOk;  // nothing is guarded yet, so there is nothing to undo
+}
+
+bool VeskOI::getValidated() {
+    const bool validated = _validated;
+    _validated = true;
+    return validated;
+}
+
+void VeskOI::createCell(OrlTxHandleT txHandle, const char* parentDn, const char* className,
+                        const char* /*keyAttrName*/, const char* keyAttrValue,
+                        OrlMoNamedAttributeValueContainer_3** /*attributes*/) {
+    // The cell priority rules take the new cell here once they land.
+    VESK_TRACE("VeskOI::%s txHandle: %lu MO: %s,%s=%s", __func__, txHandle, parentDn, className,
+               keyAttrValue);
+}
+
+int VeskOI::getVeskDatabaseTransactionId(OrlTxHandleT txHandle) {
+    TibVeskCM::VeskMoImpl::TxMap transactions = TibVeskCM::VeskMoImpl::instance()->getTxMap();
+    auto entry = transactions.find(txHandle);
+    if (entry == transactions.end()) {
+        VESK_TRACE("VeskOI::%s Transaction ID not found (%lu)", __func__, txHandle);
+        return 0;
+    }
+    return entry->second->getDatabaseTxHandle();
 }
 
 OrlReturnT VeskOI::commit(OrlTxHandleT txHandle) {

@@ -37,6 +37,19 @@ class VeskOI {
     // Clean-up of the rule classes at abort; OrlOk until the rule classes land.
     OrlReturnT handleRollback(OrlTxHandleT txHandle);
 
+    // The validated flag: a rule that accepts a creation but wants no MO made sets it false;
+    // getValidated() hands it back and sets it true again, so it lasts one creation. Under the
+    // front's mutex.
+    bool getValidated();
+    void setValidated(bool validated) { _validated = validated; }
+    // Called by the front after a cell's creation in the database, whatever its outcome. The cell
+    // priority rules that judge it are still to come; until then it only traces.
+    void createCell(OrlTxHandleT txHandle, const char* parentDn, const char* className,
+                    const char* keyAttrName, const char* keyAttrValue,
+                    OrlMoNamedAttributeValueContainer_3** attributes);
+    // The database transaction of a host transaction; 0 when it is not open or has not written.
+    int getVeskDatabaseTransactionId(OrlTxHandleT txHandle);
+
     OrlMgmtSpiComponent* getComponent() { return &_component; }
     OrlOamSpiRegisterObjectImplementer_2* registerInterface() const { return _registerIf; }
     OrlMgmtSpiThreadContext_2* threadContext() const { return _threadContext; }
