@@ -31,7 +31,8 @@ test-tsan: deps
 		ctest --test-dir build-tsan -L threaded --output-on-failure -j$(CTEST_JOBS) --no-tests=error
 
 # The main job: the reference host on the demo station (loaded into a fresh state directory),
-# running a short read session through the agent. The benchmarks are `make bench`.
+# running a short read session through the agent, a write session, then a session of its change
+# gates. The benchmarks are `make bench`.
 DEMO_STATE ?= $(BUILD)/demo-state
 demo: build
 	@rm -rf $(DEMO_STATE)
@@ -39,6 +40,10 @@ demo: build
 		--log-level warning
 	@$(BUILD)/host/vesk-host --plugin $(BUILD)/src/libtib_oam_cm_sa.so --state $(DEMO_STATE) \
 		--log-level warning --script data/demo/read-session.txt
+	@$(BUILD)/host/vesk-host --plugin $(BUILD)/src/libtib_oam_cm_sa.so --state $(DEMO_STATE) \
+		--log-level warning --script data/demo/write-session.txt
+	@$(BUILD)/host/vesk-host --plugin $(BUILD)/src/libtib_oam_cm_sa.so --state $(DEMO_STATE) \
+		--log-level warning --script data/demo/gates-session.txt
 
 bench: build
 	@for b in $(BUILD)/bench/bench_*; do $$b; done

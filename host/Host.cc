@@ -16,7 +16,7 @@ const OrlStateChangeReason kReasonHost = 0;
 
 }  // namespace
 
-Host::Host() : _plugin(new PluginLoader) {
+Host::Host() : _plugin(new PluginLoader), _implementers(new oi::Implementers(*this)) {
     _portal.addService(&_coordinator.record1()->header);
     _portal.addService(&_coordinator.record2()->header);
     _portal.addService(&_sessions.record()->header);
@@ -100,6 +100,8 @@ OrlReturnT Host::start(std::string* error) {
 }
 
 void Host::stop() {
+    // The host's implementers leave while the agent can still take their unregistration.
+    _implementers->removeAll();
     if (components().started().empty()) {
         return;
     }
@@ -117,6 +119,7 @@ void Host::unload() {
     if (!_plugin->isOpen()) {
         return;
     }
+    _implementers->removeAll();
     terminate();
     // The plug-in's records live in its library: nothing may point at them once it is closed.
     for (const std::string& name : components().removeAll()) {

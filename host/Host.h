@@ -20,6 +20,7 @@
 #include "host/TransactionCoordinator.h"
 #include "host/model/ModelRepository.h"
 #include "host/model/ModelSchema.h"
+#include "host/oi/Implementers.h"
 #include "platform/orl/OrlOamSpi.h"
 
 namespace vesk {
@@ -100,6 +101,8 @@ class Host {
     ComponentRegistry& components() { return _portal.components(); }
     TransactionCoordinator& transactions() { return _coordinator; }
     Sessions& sessions() { return _sessions; }
+    // The host's own object implementers; they are unregistered at stop and unload.
+    oi::Implementers& implementers() { return *_implementers; }
 
   private:
     void* agentRecord(const char* interfaceName, const char* version);
@@ -115,6 +118,7 @@ class Host {
     std::unique_ptr<PluginLoader> _plugin;
     std::string _agent;
     bool _stateOpen = false;
+    std::unique_ptr<oi::Implementers> _implementers;  // last: it calls the records above
 };
 
 template <typename... Params, typename... Args>

@@ -1,6 +1,15 @@
 #include "host/cli/Commands.h"
 
+#include <cerrno>
+#include <climits>
+#include <cstdlib>
+#include <memory>
+
 #include "host/cli/Shell.h"
+#include "host/cli/WriteCommands.h"
+#include "platform/DBObject.h"
+#include "platform/IDatabase.h"
+#include "platform/Toolbox.h"
 
 namespace vesk {
 namespace host {
@@ -81,6 +90,36 @@ void runStatus(Shell& shell, const Args&, Answer* answer) {
     answer->data = status;
 }
 
+// phase [N]: the station's auto-integration phase, "AI_phase" of the object "OAM", instance 1,
+// read or written straight in the station database. A write is committed at once, outside any
+// transaction, as the integration would write it; the agent reads it at its next change.
+void runPhase(Shell&, const Args& args, Answer* answer) {
+    if (!args.empty()) {
+        errno = 0;
+        char* end = nullptr;
+        long phase = std::strtol(args[0].c_str(), &end, 10);
+        if (end == args[0].c_str() || *end != '\0' || errno != 0 || phase < INT32_MIN ||
+            phase > INT32_MAX) {
+            answer->error = "the phase is a whole number, not '" + args[0] + "'";
+            return;
+        }
+        if (IDatabase::setAttribute("OAM", 1, "AI_phase", AttributeVariant(static_cast<int>(phase)),
+                                    false, IPCData::AVT_INT32, false, 0) == 0) {
+            answer->error = "cannot write AI_phase of OAM";
+            return;
+        }
+        answer->notes.push_back("AI_phase set to " + std::to_string(phase));
+    }
+    std::unique_ptr<DBObject> oam(IDatabase::getObject("OAM", 1, 0));
+    std::string name = "AI_phase";
+    int phase = 0;
+    if (oam == nullptr || !Toolbox::getIntFromDBObject(oam.get(), name, phase)) {
+        answer->error = "the station has no AI_phase";
+        return;
+    }
+    answer->data = phase;
+}
+
 void runHelp(Shell&, const Args& args, Answer* answer) {
     answer->data = Json::array();
     for (const Command& command : commandTable()) {
@@ -108,9 +147,20 @@ const std::vector<Command>& commandTable() {
         {"ls", "DN CLASS", "list the children of class CLASS of an MO", 2, 2, runList},
         {"exists", "DN", "tell whether an MO exists", 1, 1, runExists},
         {"count", "DN CLASS", "count the children of class CLASS of an MO", 2, 2, runCount},
+        {"set", "DN ATTR [VALUE...]",
+         "set an attribute (several values for a list, none to delete the value)", 2, kAnyCount,
+         runSet},
+        {"create", "PARENT_DN CLASS=ID [ATTR=VALUE...]", "create an MO", 2, kAnyCount, runCreate},
+        {"delete", "DN", "delete an MO", 1, 1, runDelete},
+        {"oi",
+         "add dn|class DN_OR_PATH ok|tryagain N|fail CODE | set ID BEHAVIOUR | list | show ID | "
+         "remove ID",
+         "the host's own object implementers", 1, kAnyCount, runImplementer},
         {"begin", "", "open a transaction for the commands that follow", 0, 0, runBegin},
         {"commit", "", "commit the open transaction", 0, 0, runCommit},
         {"abort", "", "abort the open transaction", 0, 0, runAbort},
+        {"phase", "[N]", "show or set the station's auto-integration phase (AI_phase of OAM)", 0, 1,
+         runPhase},
         {"status", "", "show the open transaction, the session and the components", 0, 0,
          runStatus},
         {"help", "[COMMAND]", "list the commands", 0, 1, runHelp},

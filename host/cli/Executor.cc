@@ -206,6 +206,47 @@ void Executor::list(const std::string& dn, const std::string& className, Answer*
     });
 }
 
+void Executor::set(const std::string& dn, const std::string& attribute,
+                   const OrlMoAttributeValueContainer_3* value, Answer* answer) {
+    run(answer, [&](OrlTxHandleT tx, Answer* a) {
+        OrlReturnT code = _host.callAgent(&OrlOamSpiManagedObject_3::setMoAttribute, tx, dn.c_str(),
+                                          attribute.c_str(), value);
+        if (code != OrlOk) {
+            a->error = "cannot set " + attribute + " of " + dn;
+        }
+        return code;
+    });
+}
+
+void Executor::create(const std::string& parentDn, const std::string& className,
+                      const std::string& keyName, const std::string& keyValue,
+                      OrlMoNamedAttributeValueContainer_3** attributes, Answer* answer) {
+    std::string dn = parentDn + "," + className + "=" + keyValue;
+    run(answer, [&](OrlTxHandleT tx, Answer* a) {
+        OrlReturnT code =
+            _host.callAgent(&OrlOamSpiManagedObject_3::createMo, tx, parentDn.c_str(),
+                            className.c_str(), keyName.c_str(), keyValue.c_str(), attributes);
+        if (code != OrlOk) {
+            a->error = "cannot create " + dn;
+        } else {
+            a->notes.push_back("created " + dn);
+        }
+        return code;
+    });
+}
+
+void Executor::remove(const std::string& dn, Answer* answer) {
+    run(answer, [&](OrlTxHandleT tx, Answer* a) {
+        OrlReturnT code = _host.callAgent(&OrlOamSpiManagedObject_3::deleteMo, tx, dn.c_str());
+        if (code != OrlOk) {
+            a->error = "cannot delete " + dn;
+        } else {
+            a->notes.push_back("deleted " + dn);
+        }
+        return code;
+    });
+}
+
 void Executor::exists(const std::string& dn, Answer* answer) {
     run(answer, [&](OrlTxHandleT tx, Answer* a) {
         bool found = false;

@@ -42,6 +42,16 @@ class Executor {
     void exists(const std::string& dn, Answer* answer);
     void count(const std::string& dn, const std::string& className, Answer* answer);
 
+    // The writes. The values were checked against the model and are the caller's; the agent
+    // copies what it keeps.
+    void set(const std::string& dn, const std::string& attribute,
+             const OrlMoAttributeValueContainer_3* value, Answer* answer);
+    // `attributes` is null-terminated.
+    void create(const std::string& parentDn, const std::string& className,
+                const std::string& keyName, const std::string& keyValue,
+                OrlMoNamedAttributeValueContainer_3** attributes, Answer* answer);
+    void remove(const std::string& dn, Answer* answer);
+
     // A request on the agent: gets a transaction handle, fills `answer` and returns the agent's
     // code. Runs as described above; the operator messages of the request are collected.
     using Request = std::function<OrlReturnT(OrlTxHandleT tx, Answer* answer)>;

@@ -143,6 +143,47 @@ bool ModelView::literalNumber(Id attribute, const std::string& name, int64_t* nu
     return false;
 }
 
+std::string ModelView::typeName(Id attribute) const {
+    static const char* const kNames[] = {"",
+                                         "int8",
+                                         "int16",
+                                         "int32",
+                                         "int64",
+                                         "uint8",
+                                         "uint16",
+                                         "uint32",
+                                         "uint64",
+                                         "string",
+                                         "boolean",
+                                         "reference (a dn)",
+                                         "enumeration",
+                                         "",
+                                         "struct",
+                                         "",
+                                         "decimal64"};
+    int32_t type = baseType(attribute);
+    std::string name = type > 0 && type <= 16 ? kNames[type] : "";
+    if (name.empty()) {
+        name = "type " + std::to_string(type);
+    }
+    std::string separator = " ";
+    if (type == 12) {
+        Id enumeration = typeOf(attribute).enumeration;
+        for (Id it = enumeration == kNone ? kNone : tables().enumerations[enumeration].firstLiteral;
+             it != kNone; it = tables().literals[it].next) {
+            name += separator + tables().properties[tables().literals[it].properties].name;
+            separator = "|";
+        }
+    } else if (type == 14) {
+        separator = " of ";
+        for (Id member : structMembers(attribute)) {
+            name += separator + attributeName(member);
+            separator = ", ";
+        }
+    }
+    return isList(attribute) ? "list of " + name : name;
+}
+
 Id ModelView::structMember(Id attribute, const std::string& name) const {
     Id structType = typeOf(attribute).structType;
     return structType == kNone ? kNone : _schema.memberOf(structType, name);

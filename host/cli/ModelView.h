@@ -44,6 +44,10 @@ class ModelView {
     std::string literalName(Id attribute, int64_t number) const;
     // The number of literal `name`; false if the enumeration has none of that name.
     bool literalNumber(Id attribute, const std::string& name, int64_t* number) const;
+    // The expected type of an attribute or struct member for the operator: "uint32",
+    // "enumeration LOCKED|UNLOCKED", "struct of a, b", "reference (a dn)", with "list of " in
+    // front for a list.
+    std::string typeName(Id attribute) const;
     // The member `name` of the attribute's struct, or kNone.
     Id structMember(Id attribute, const std::string& name) const;
     // The members of the attribute's struct, in model order.

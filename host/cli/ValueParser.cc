@@ -199,6 +199,62 @@ ParsedValue::~ParsedValue() {
     freeContainerContents(&_container);
 }
 
+OrlMoAttributeValueContainer_3 ParsedValue::take() {
+    OrlMoAttributeValueContainer_3 taken = _container;
+    _container = OrlMoAttributeValueContainer_3{taken.type, 0, nullptr};
+    return taken;
+}
+
+bool ValueParser::readWord(Id attribute, const std::string& word, Node* node,
+                           std::string* error) const {
+    size_t first = word.find_first_not_of(" \t");
+    if (_model.baseType(attribute) == OrlOamSpiMoAttributeType_3_STRUCT &&
+        (first == std::string::npos || std::strchr("{[\"", word[first]) == nullptr)) {
+        return Syntax("{" + word + "}").read(node, error);
+    }
+    if (first != std::string::npos && std::strchr("\"[{", word[first]) != nullptr) {
+        return Syntax(word).read(node, error);
+    }
+    if (first == std::string::npos) {
+        *error = _model.attributeName(attribute) + ": a value is missing";
+        return false;
+    }
+    node->text = word.substr(first, word.find_last_not_of(" \t") - first + 1);
+    return true;
+}
+
+bool ValueParser::parseWords(Id attribute, const std::vector<std::string>& words,
+                             ParsedValue* value, std::string* error) const {
+    freeContainerContents(value->mutableContainer());
+    value->mutableContainer()->type = _model.baseType(attribute);
+    if (words.empty()) {
+        return true;
+    }
+    Node node;
+    if (words.size() == 1) {
+        if (!readWord(attribute, words[0], &node, error)) {
+            return false;
+        }
+    } else if (!_model.isList(attribute)) {
+        *error = _model.attributeName(attribute) + " takes one value, not " +
+                 std::to_string(words.size()) + " (" + _model.typeName(attribute) + ")";
+        return false;
+    } else {
+        node.kind = Node::kList;
+        node.items.resize(words.size());
+        for (size_t i = 0; i < words.size(); ++i) {
+            if (!readWord(attribute, words[i], &node.items[i], error)) {
+                return false;
+            }
+        }
+    }
+    if (!fill(attribute, node, value->mutableContainer(), error)) {
+        freeContainerContents(value->mutableContainer());
+        return false;
+    }
+    return true;
+}
+
 bool ValueParser::parse(Id attribute, const std::string& text, ParsedValue* value,
                         std::string* error) const {
     Node node;
@@ -218,7 +274,7 @@ bool ValueParser::fill(Id attribute, const Node& node, OrlMoAttributeValueContai
     const std::string& name = _model.attributeName(attribute);
     bool list = _model.isList(attribute);
     if (node.kind == Node::kList && !list) {
-        *error = name + " takes one value, not a list";
+        *error = name + " takes one value, not a list (" + _model.typeName(attribute) + ")";
         return false;
     }
     std::vector<const Node*> items;
@@ -299,7 +355,8 @@ bool ValueParser::fillSlot(Id attribute, int32_t type, const Node& node,
             break;
     }
     if (!ok) {
-        *error = name + ": value '" + text + "' does not fit its type";
+        *error = name + ": value '" + text + "' does not fit its type (" +
+                 _model.typeName(attribute) + ")";
     }
     return ok;
 }
@@ -344,7 +401,8 @@ bool ValueParser::fitsType(Id attribute, const std::string& text, std::string* e
         return true;
     }
     const char* reason = ly_errmsg(context);
-    *error = _model.attributeName(attribute) + ": value '" + text + "' does not fit its type" +
+    *error = _model.attributeName(attribute) + ": value '" + text + "' does not fit its type (" +
+             _model.typeName(attribute) + ")" +
              (reason != nullptr ? std::string(": ") + reason : std::string());
     return false;
 }

@@ -28,6 +28,9 @@ class ParsedValue {
 
     const OrlMoAttributeValueContainer_3* container() const { return &_container; }
     OrlMoAttributeValueContainer_3* mutableContainer() { return &_container; }
+    // Hands the container (and all it holds) to the caller, who frees it with
+    // freeContainerContents; the value is left empty.
+    OrlMoAttributeValueContainer_3 take();
 
   private:
     OrlMoAttributeValueContainer_3 _container{0, 0, nullptr};
@@ -44,10 +47,18 @@ class ValueParser {
     // with one line for the operator in `error`, if the text does not fit.
     bool parse(Id attribute, const std::string& text, ParsedValue* value, std::string* error) const;
 
+    // Parses the words of a write command as the value of `attribute`: no word is no value (a
+    // container of the attribute's type without slots), each word one value of a list (a
+    // single word may also be a whole list "[a, b]"), a struct as "member=value,..." with or
+    // without braces. Several words for a single-valued attribute are refused.
+    bool parseWords(Id attribute, const std::vector<std::string>& words, ParsedValue* value,
+                    std::string* error) const;
+
     // The syntax tree of a text; defined with the parser.
     struct Node;
 
   private:
+    bool readWord(Id attribute, const std::string& word, Node* node, std::string* error) const;
     bool readNode(Id attribute, const std::string& text, Node* node, std::string* error) const;
     bool fill(Id attribute, const Node& node, OrlMoAttributeValueContainer_3* container,
               std::string* error) const;

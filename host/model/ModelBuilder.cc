@@ -26,14 +26,6 @@ const char* findExtension(const lysc_ext_instance* exts, const char* name) {
     return nullptr;
 }
 
-bool isStructList(const lysc_node* node) {
-    return node->nodetype == LYS_LIST && findExtension(node->exts, "struct-list") != nullptr;
-}
-
-bool isClass(const lysc_node* node) {
-    return node->nodetype == LYS_LIST && !isStructList(node);
-}
-
 bool isAttribute(const lysc_node* node) {
     if (node->nodetype == LYS_LEAF || node->nodetype == LYS_LEAFLIST) {
         return true;
@@ -78,40 +70,6 @@ int32_t hostType(LY_DATA_TYPE basetype) {
         default:
             return 9;  // not used by the model; read as text
     }
-}
-
-bool isBuiltinTypeName(const char* name) {
-    static const std::set<std::string> builtin = {"int8",
-                                                  "int16",
-                                                  "int32",
-                                                  "int64",
-                                                  "uint8",
-                                                  "uint16",
-                                                  "uint32",
-                                                  "uint64",
-                                                  "string",
-                                                  "boolean",
-                                                  "enumeration",
-                                                  "decimal64",
-                                                  "bits",
-                                                  "binary",
-                                                  "empty",
-                                                  "union",
-                                                  "leafref",
-                                                  "identityref",
-                                                  "instance-identifier"};
-    return builtin.count(name) > 0;
-}
-
-// The type name as the leaf was written ("vt:earfcn", "int32"); "" without the parsed node.
-const char* writtenTypeName(const lysc_node* node) {
-    if (node->priv == nullptr) {
-        return "";
-    }
-    if (node->nodetype == LYS_LEAF) {
-        return static_cast<const lysp_node_leaf*>(node->priv)->type.name;
-    }
-    return static_cast<const lysp_node_leaflist*>(node->priv)->type.name;
 }
 
 class TableBuilder {
@@ -333,6 +291,47 @@ Id TableBuilder::addEnumeration(const lysc_type* type) {
 
 const char* extensionArgument(const lysc_node* node, const char* name) {
     return findExtension(node->exts, name);
+}
+
+bool isStructList(const lysc_node* node) {
+    return node->nodetype == LYS_LIST && findExtension(node->exts, "struct-list") != nullptr;
+}
+
+bool isClass(const lysc_node* node) {
+    return node->nodetype == LYS_LIST && !isStructList(node);
+}
+
+bool isBuiltinTypeName(const char* name) {
+    static const std::set<std::string> builtin = {"int8",
+                                                  "int16",
+                                                  "int32",
+                                                  "int64",
+                                                  "uint8",
+                                                  "uint16",
+                                                  "uint32",
+                                                  "uint64",
+                                                  "string",
+                                                  "boolean",
+                                                  "enumeration",
+                                                  "decimal64",
+                                                  "bits",
+                                                  "binary",
+                                                  "empty",
+                                                  "union",
+                                                  "leafref",
+                                                  "identityref",
+                                                  "instance-identifier"};
+    return builtin.count(name) > 0;
+}
+
+const char* writtenTypeName(const lysc_node* node) {
+    if (node->priv == nullptr) {
+        return "";
+    }
+    if (node->nodetype == LYS_LEAF) {
+        return static_cast<const lysp_node_leaf*>(node->priv)->type.name;
+    }
+    return static_cast<const lysp_node_leaflist*>(node->priv)->type.name;
 }
 
 bool buildTables(const lys_module* module, ModelTables* tables,

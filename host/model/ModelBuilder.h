@@ -23,6 +23,15 @@ bool buildTables(const lys_module* module, ModelTables* tables,
 // statement without argument.
 const char* extensionArgument(const lysc_node* node, const char* name);
 
+// A struct list is a YANG list marked "struct-list"; every other list is a class.
+bool isStructList(const lysc_node* node);
+bool isClass(const lysc_node* node);
+// True for the names of YANG's own types; a leaf typed otherwise has a derived type.
+bool isBuiltinTypeName(const char* name);
+// The type name as a leaf or leaf-list was written ("vt:earfcn", "int32"); "" when the context
+// was made without LY_CTX_SET_PRIV_PARSED.
+const char* writtenTypeName(const lysc_node* node);
+
 }  // namespace model
 }  // namespace host
 }  // namespace vesk

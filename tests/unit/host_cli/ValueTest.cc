@@ -152,7 +152,8 @@ TEST_F(ValueTest, TextsThatDoNotFitAreRefusedWithOneLine) {
     EXPECT_NE(refusal(kCell, "resourcesAllocated", "yes").find("does not fit its type"),
               std::string::npos);
     EXPECT_EQ(refusal(kCell, "administrativeState", "[LOCKED]"),
-              "administrativeState takes one value, not a list");
+              "administrativeState takes one value, not a list (enumeration "
+              "LOCKED|UNLOCKED|SHUTTING_DOWN)");
     EXPECT_EQ(refusal(kFreqRelation, "blackListEntry", "[{startPci=1, color=2}]"),
               "unknown member 'color' of blackListEntry");
     EXPECT_EQ(refusal(kFreqRelation, "blackListEntry", "5"),

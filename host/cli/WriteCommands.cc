@@ -1,0 +1,223 @@
+#include "host/cli/WriteCommands.h"
+
+#include <cstdlib>
+#include <cstring>
+#include <memory>
+
+#include "host/cli/Shell.h"
+#include "host/cli/ValueParser.h"
+#include "host/oi/Implementers.h"
+
+namespace vesk {
+namespace host {
+namespace cli {
+namespace {
+
+using Args = std::vector<std::string>;
+
+// The initial attributes of a create, as the agent takes them: a null-terminated array of
+// malloc'ed named containers, freed with all they hold when this goes.
+class NamedValues {
+  public:
+    NamedValues() { _list.push_back(nullptr); }
+    ~NamedValues() {
+        for (OrlMoNamedAttributeValueContainer_3* named : _list) {
+            if (named != nullptr) {
+                freeContainerContents(&named->attributeValue);
+                std::free(named->attributeName);
+                std::free(named);
+            }
+        }
+    }
+    NamedValues(const NamedValues&) = delete;
+    NamedValues& operator=(const NamedValues&) = delete;
+
+    void add(const std::string& name, ParsedValue* value) {
+        auto* named = static_cast<OrlMoNamedAttributeValueContainer_3*>(
+            std::calloc(1, sizeof(OrlMoNamedAttributeValueContainer_3)));
+        named->attributeName = strdup(name.c_str());
+        named->attributeValue = value->take();
+        _list.back() = named;
+        _list.push_back(nullptr);
+    }
+    OrlMoNamedAttributeValueContainer_3** list() { return _list.data(); }
+
+  private:
+    std::vector<OrlMoNamedAttributeValueContainer_3*> _list;  // null-terminated
+};
+
+// "name=value" split at the first "="; false when either part is missing.
+bool splitPair(const std::string& word, std::string* name, std::string* value) {
+    size_t equals = word.find('=');
+    if (equals == std::string::npos || equals == 0 || equals + 1 == word.size()) {
+        return false;
+    }
+    *name = word.substr(0, equals);
+    *value = word.substr(equals + 1);
+    return true;
+}
+
+// The value words of attribute `name` of class `moc`, parsed; false with the reason otherwise.
+bool parseValue(Shell& shell, Id moc, const std::string& name, const Args& words,
+                ParsedValue* value, std::string* error) {
+    Id attribute = kNone;
+    return shell.model().resolveAttribute(moc, name, &attribute, error) &&
+           ValueParser(shell.model()).parseWords(attribute, words, value, error);
+}
+
+}  // namespace
+
+void runSet(Shell& shell, const Args& args, Answer* answer) {
+    Id moc = kNone;
+    if (!shell.model().resolveDn(args[0], &moc, &answer->error)) {
+        return;
+    }
+    ParsedValue value;
+    if (parseValue(shell, moc, args[1], Args(args.begin() + 2, args.end()), &value,
+                   &answer->error)) {
+        shell.executor().set(args[0], args[1], value.container(), answer);
+    }
+}
+
+void runCreate(Shell& shell, const Args& args, Answer* answer) {
+    Id parent = kNone;
+    Id moc = kNone;
+    std::string className;
+    std::string id;
+    if (!shell.model().resolveDn(args[0], &parent, &answer->error)) {
+        return;
+    }
+    if (!splitPair(args[1], &className, &id)) {
+        answer->error = "the new MO must be written CLASS=ID, not '" + args[1] + "'";
+        return;
+    }
+    if (!shell.model().resolveChildClass(parent, className, &moc, &answer->error)) {
+        return;
+    }
+    NamedValues attributes;
+    for (size_t i = 2; i < args.size(); ++i) {
+        std::string name;
+        std::string text;
+        if (!splitPair(args[i], &name, &text)) {
+            answer->error =
+                "an initial attribute must be written ATTR=VALUE, not '" + args[i] + "'";
+            return;
+        }
+        ParsedValue value;
+        if (!parseValue(shell, moc, name, {text}, &value, &answer->error)) {
+            return;
+        }
+        attributes.add(name, &value);
+    }
+    const std::string& keyName = shell.model().attributeName(shell.model().attributes(moc)[0]);
+    shell.executor().create(args[0], className, keyName, id, attributes.list(), answer);
+}
+
+void runDelete(Shell& shell, const Args& args, Answer* answer) {
+    Id moc = kNone;
+    if (shell.model().resolveDn(args[0], &moc, &answer->error)) {
+        shell.executor().remove(args[0], answer);
+    }
+}
+
+namespace {
+
+Json implementerJson(const oi::ObjectImplementer& oi) {
+    oi::TxCounts tx = oi.txCounts();
+    return Json{{"id", oi.id()},       {"scope", oi.scope() == oi::Scope::kDn ? "dn" : "class"},
+                {"name", oi.name()},   {"behaviour", oi.behaviour().text()},
+                {"calls", oi.calls()}, {"joins", tx.join}};
+}
+
+Json receivedJson(const oi::Received& received) {
+    return Json{{"operation", received.operation},
+                {"tx", received.tx},
+                {"dn", received.dn},
+                {"attribute", received.attribute},
+                {"value", received.value},
+                {"answer", returnCodeName(received.answer)}};
+}
+
+// The implementer named by `word`; null, with the reason in the answer, when there is none.
+oi::ObjectImplementer* implementerOf(Shell& shell, const std::string& word, Answer* answer) {
+    char* end = nullptr;
+    long id = std::strtol(word.c_str(), &end, 10);
+    oi::ObjectImplementer* oi =
+        *end == '\0' && end != word.c_str() ? shell.host().implementers().find(id) : nullptr;
+    if (oi == nullptr) {
+        answer->error = "no implementer '" + word + "'";
+    }
+    return oi;
+}
+
+void addImplementer(Shell& shell, const Args& args, Answer* answer) {
+    oi::Behaviour behaviour;
+    if (args.size() < 4 || (args[1] != "dn" && args[1] != "class")) {
+        answer->error = "usage: oi add dn|class DN_OR_PATH ok|tryagain N|fail CODE";
+        return;
+    }
+    if (!oi::parseBehaviour(Args(args.begin() + 3, args.end()), &behaviour, &answer->error)) {
+        return;
+    }
+    oi::Scope scope = args[1] == "dn" ? oi::Scope::kDn : oi::Scope::kClass;
+    int id = 0;
+    std::string why;
+    OrlReturnT code = shell.host().implementers().add(scope, args[2], behaviour, &id, &why);
+    answer->messages = shell.host().messages();
+    if (code != OrlOk) {
+        answer->refuse(code, why);
+        return;
+    }
+    answer->asked = true;
+    answer->data = implementerJson(*shell.host().implementers().find(id));
+}
+
+}  // namespace
+
+void runImplementer(Shell& shell, const Args& args, Answer* answer) {
+    const std::string& verb = args[0];
+    oi::Implementers& implementers = shell.host().implementers();
+    oi::ObjectImplementer* oi = nullptr;
+    if (verb == "add") {
+        addImplementer(shell, args, answer);
+    } else if (verb == "list" && args.size() == 1) {
+        answer->data = Json::array();
+        for (oi::ObjectImplementer* each : implementers.all()) {
+            answer->data.push_back(implementerJson(*each));
+        }
+        if (answer->data.empty()) {
+            answer->notes.push_back("no implementers");
+        }
+    } else if (verb == "show" && args.size() == 2) {
+        if ((oi = implementerOf(shell, args[1], answer)) != nullptr) {
+            answer->data = Json::array();
+            for (const oi::Received& received : oi->received()) {
+                answer->data.push_back(receivedJson(received));
+            }
+        }
+    } else if (verb == "set" && args.size() >= 3) {
+        oi::Behaviour behaviour;
+        if ((oi = implementerOf(shell, args[1], answer)) != nullptr &&
+            oi::parseBehaviour(Args(args.begin() + 2, args.end()), &behaviour, &answer->error)) {
+            oi->setBehaviour(behaviour);
+            answer->data = implementerJson(*oi);
+        }
+    } else if (verb == "remove" && args.size() == 2) {
+        if ((oi = implementerOf(shell, args[1], answer)) != nullptr) {
+            std::string why;
+            std::string name = oi->name();
+            OrlReturnT code = implementers.remove(oi->id(), &why);
+            answer->messages = shell.host().messages();
+            answer->asked = true;
+            answer->code = code;
+            answer->error = why;
+            answer->notes.push_back("implementer " + args[1] + " of " + name + " removed");
+        }
+    } else {
+        answer->error = "usage: oi add|set|list|show|remove ...";
+    }
+}
+
+}  // namespace cli
+}  // namespace host
+}  // namespace vesk
