@@ -55,7 +55,7 @@ void Engine::shutdown() {
         std::lock_guard<std::mutex> lock(entry.second->mutex);
         entry.second->ended = true;
     }
-    checkpoint();
+    checkpoint(true);
 }
 
 int Engine::openHandle() {
@@ -115,11 +115,19 @@ bool Engine::commitOverlay(const Overlay& overlay, const char* fn) {
     return true;
 }
 
-bool Engine::checkpoint() {
+bool Engine::checkpoint(bool force) {
+    constexpr std::chrono::seconds kDumpInterval(1);
     std::lock_guard<std::mutex> commitLock(_commitMutex);
-    std::string error;
-    if (_store.checkpoint(&error))
+    const auto now = std::chrono::steady_clock::now();
+    if (!force && _lastCheckpoint.time_since_epoch().count() != 0 &&
+        now - _lastCheckpoint < kDumpInterval) {
         return true;
+    }
+    std::string error;
+    if (_store.checkpoint(&error)) {
+        _lastCheckpoint = now;
+        return true;
+    }
     VESK_ERROR("IDatabase::storePersistentDump: %s", error.c_str());
     return false;
 }

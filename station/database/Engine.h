@@ -3,6 +3,7 @@
 // error line per refused call, with `fn` (the IDatabase operation) in the text.
 #pragma once
 
+#include <chrono>
 #include <list>
 #include <memory>
 #include <mutex>
@@ -44,7 +45,10 @@ class Engine {
     bool deleteAttribute(const std::string& dn, const std::string& name, int handle);
     bool setAttribute(const std::string& dn, const std::string& name, const AttributeVariant& value,
                       IPCData::AttributeValueType type, int handle);
-    bool checkpoint();
+    // Folds the log into the main file and syncs both. Unless `force`, does nothing (and
+    // succeeds) when the last checkpoint is less than kDumpInterval old, so that a dump after
+    // every commit stays cheap.
+    bool checkpoint(bool force);
 
   private:
     struct Transaction {
@@ -79,6 +83,7 @@ class Engine {
     CommittedState _state;
     mutable std::shared_mutex _stateMutex;  // readers shared; commits exclusive to swap in
     std::mutex _commitMutex;                // one commit (and checkpoint) at a time
+    std::chrono::steady_clock::time_point _lastCheckpoint;  // guarded by _commitMutex
     std::mutex _handlesMutex;
     std::unordered_map<int, std::shared_ptr<Transaction>> _handles;
 };
