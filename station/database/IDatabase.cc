@@ -86,6 +86,20 @@ class Session {
     std::shared_lock<std::shared_mutex> _lock;
 };
 
+// Runs `write` on the engine under a session named `fn`: 0 when the database is closed or
+// `object` is null (one error line each), else 1 when `write` succeeds.
+template <class Write>
+int writeObject(const char* fn, DBObject* object, Write write) {
+    Session session(fn);
+    if (session.engine() == nullptr)
+        return 0;
+    if (object == nullptr) {
+        VESK_ERROR("IDatabase::%s: no object", fn);
+        return 0;
+    }
+    return write(*session.engine()) ? 1 : 0;
+}
+
 // The storage behind getAttribute's answer: one per thread, replaced by the next call.
 thread_local std::unique_ptr<Attribute> t_attribute;
 
@@ -159,25 +173,13 @@ std::list<std::string> IDatabase::getMOClassWithParent(std::string parentDn, std
 }
 
 int IDatabase::insert(DBObject* object, int handle) {
-    Session session("insert");
-    if (session.engine() == nullptr)
-        return 0;
-    if (object == nullptr) {
-        VESK_ERROR("IDatabase::insert: no object");
-        return 0;
-    }
-    return session.engine()->insert(*object, handle) ? 1 : 0;
+    return writeObject("insert", object,
+                       [&](vesk::db::Engine& e) { return e.insert(*object, handle); });
 }
 
 int IDatabase::update(DBObject* object, int handle) {
-    Session session("update");
-    if (session.engine() == nullptr)
-        return 0;
-    if (object == nullptr) {
-        VESK_ERROR("IDatabase::update: no object");
-        return 0;
-    }
-    return session.engine()->update(*object, handle) ? 1 : 0;
+    return writeObject("update", object,
+                       [&](vesk::db::Engine& e) { return e.update(*object, handle); });
 }
 
 int IDatabase::deleteObj(std::string dn, int /*instance*/, int handle) {
@@ -204,5 +206,5 @@ int IDatabase::setAttribute(std::string dn, int /*instance*/, std::string attrib
 
 int IDatabase::storePersistentDump(bool /*flagA*/, bool /*flagB*/) {
     Session session("storePersistentDump");
-    return session.engine() != nullptr && session.engine()->checkpoint() ? 1 : 0;
+    return session.engine() != nullptr && session.engine()->checkpoint(false) ? 1 : 0;
 }

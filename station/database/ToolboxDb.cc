@@ -31,19 +31,22 @@ struct IntOf : public boost::static_visitor<bool> {
     }
 };
 
-bool present(Attribute* attribute) {
-    return attribute != nullptr && !attribute->deleted;
+// The attribute `name` of `object` unless it is missing or deleted; a null object is warned
+// about in the name of `caller`.
+Attribute* presentAttribute(DBObject* object, const std::string& name, const char* caller) {
+    if (object == nullptr) {
+        VESK_WARNING("Toolbox::%s: Object is NULL", caller);
+        return nullptr;
+    }
+    Attribute* attribute = object->getAttribute(name);
+    return attribute != nullptr && !attribute->deleted ? attribute : nullptr;
 }
 
 }  // namespace
 
 bool Toolbox::getIntFromDBObject(DBObject* object, std::string& name, int& out) {
-    if (object == nullptr) {
-        VESK_WARNING("Toolbox::%s: Object is NULL", __func__);
-        return false;
-    }
-    Attribute* attribute = object->getAttribute(name);
-    if (!present(attribute))
+    Attribute* attribute = presentAttribute(object, name, __func__);
+    if (attribute == nullptr)
         return false;
     int value = 0;
     if (!boost::apply_visitor(IntOf(&value), attribute->value)) {
@@ -56,12 +59,8 @@ bool Toolbox::getIntFromDBObject(DBObject* object, std::string& name, int& out) 
 }
 
 bool Toolbox::getStringFromDBObject(DBObject* object, std::string& name, std::string& out) {
-    if (object == nullptr) {
-        VESK_WARNING("Toolbox::%s: Object is NULL", __func__);
-        return false;
-    }
-    Attribute* attribute = object->getAttribute(name);
-    if (!present(attribute))
+    Attribute* attribute = presentAttribute(object, name, __func__);
+    if (attribute == nullptr)
         return false;
     if (const std::string* text = boost::get<std::string>(&attribute->value)) {
         out = *text;

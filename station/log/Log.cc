@@ -35,7 +35,8 @@ int initialThreshold() {
     const char* env = std::getenv("VESK_LOG_LEVEL");
     if (env != nullptr) {
         int level = levelFromName(env);
-        if (level >= 0) return level;
+        if (level >= 0)
+            return level;
     }
     return VESK_LOG_INFO;
 }
@@ -61,14 +62,22 @@ void writeLine(int component, int level, const std::string& text) {
 
 }  // namespace
 
-void setThreshold(int maxLevel) { g_threshold.store(maxLevel); }
-int threshold() { return g_threshold.load(); }
+void setThreshold(int maxLevel) {
+    g_threshold.store(maxLevel);
+}
+int threshold() {
+    return g_threshold.load();
+}
 
 int levelFromName(const std::string& name) {
-    if (name == "error") return VESK_LOG_ERROR;
-    if (name == "warning") return VESK_LOG_WARNING;
-    if (name == "info") return VESK_LOG_INFO;
-    if (name == "trace") return VESK_LOG_TRACE;
+    if (name == "error")
+        return VESK_LOG_ERROR;
+    if (name == "warning")
+        return VESK_LOG_WARNING;
+    if (name == "info")
+        return VESK_LOG_INFO;
+    if (name == "trace")
+        return VESK_LOG_TRACE;
     if (!name.empty() && std::all_of(name.begin(), name.end(), ::isdigit) && name.size() < 6) {
         return std::atoi(name.c_str());
     }
@@ -77,27 +86,35 @@ int levelFromName(const std::string& name) {
 
 const char* levelName(int level) {
     switch (level) {
-        case VESK_LOG_ERROR: return "ERROR";
-        case VESK_LOG_WARNING: return "WARNING";
-        case VESK_LOG_INFO: return "INFO";
-        case VESK_LOG_TRACE: return "TRACE";
-        default: return "DEBUG";
+        case VESK_LOG_ERROR:
+            return "ERROR";
+        case VESK_LOG_WARNING:
+            return "WARNING";
+        case VESK_LOG_INFO:
+            return "INFO";
+        case VESK_LOG_TRACE:
+            return "TRACE";
+        default:
+            return "DEBUG";
     }
 }
 
 void setSinkStderr() {
     LogState& s = state();
     std::lock_guard<std::mutex> lock(s.mutex);
-    if (s.sink != nullptr) fclose(s.sink);
+    if (s.sink != nullptr)
+        fclose(s.sink);
     s.sink = nullptr;
 }
 
 bool setSinkFile(const std::string& path) {
     FILE* f = fopen(path.c_str(), "a");
-    if (f == nullptr) return false;
+    if (f == nullptr)
+        return false;
     LogState& s = state();
     std::lock_guard<std::mutex> lock(s.mutex);
-    if (s.sink != nullptr) fclose(s.sink);
+    if (s.sink != nullptr)
+        fclose(s.sink);
     s.sink = f;
     return true;
 }
@@ -152,7 +169,8 @@ extern "C" void mw_api_log_impl(int component, int level, int /*flag*/, const ch
     using namespace vesk::log;
     bool write = level <= g_threshold.load(std::memory_order_relaxed);
     bool capture = g_captureCount.load(std::memory_order_relaxed) > 0;
-    if ((!write && !capture) || format == nullptr) return;
+    if ((!write && !capture) || format == nullptr)
+        return;
 
     va_list args;
     va_start(args, format);
@@ -176,7 +194,9 @@ extern "C" void mw_api_log_impl(int component, int level, int /*flag*/, const ch
     if (capture) {
         LogState& s = state();
         std::lock_guard<std::mutex> lock(s.mutex);
-        for (LogCapture* c : s.captures) c->add(LogLine{component, level, text});
+        for (LogCapture* c : s.captures)
+            c->add(LogLine{component, level, text});
     }
-    if (write) writeLine(component, level, text);
+    if (write)
+        writeLine(component, level, text);
 }

@@ -31,7 +31,7 @@ struct LogLine {
 // While alive, receives every line of every level, whatever the threshold. Captures may nest
 // and may be read from any thread.
 class LogCapture {
-public:
+  public:
     LogCapture();
     ~LogCapture();
     LogCapture(const LogCapture&) = delete;
@@ -46,7 +46,7 @@ public:
 
     void add(const LogLine& line);
 
-private:
+  private:
     mutable std::mutex _mutex;
     std::vector<LogLine> _lines;
 };

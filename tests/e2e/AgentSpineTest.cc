@@ -9,13 +9,14 @@
 #include <filesystem>
 #include <functional>
 #include <memory>
+#include <ostream>
 #include <set>
 #include <stdexcept>
 #include <string>
 #include <thread>
 #include <vector>
 
-#include "host/Host.h"
+#include "e2e/HostFixture.h"
 #include "platform/DBObject.h"
 #include "platform/IDatabase.h"
 #include "platform/Logger.h"
@@ -24,6 +25,8 @@
 
 namespace {
 
+using vesk::e2e::Fetch;
+using vesk::e2e::kStartFetches;
 using vesk::host::Host;
 using vesk::log::LogCapture;
 using Names = std::vector<std::string>;
@@ -31,22 +34,6 @@ using Names = std::vector<std::string>;
 const char* const kInitLine = "[libtib_oam_cm_sa.so] -- tibLCMinit ...  \n";
 const char* const kAlreadyStarted = "VeskCMComponent: received start when already started.";
 
-struct Triple {
-    const char* service;
-    const char* interfaceName;
-    const char* version;
-};
-
-// The fetches of the agent's start, in order.
-const Triple kStartFetches[] = {
-    {"OrlOamSpiTransactionService", "OrlOamSpiTransaction", "1"},
-    {"OrlOamSpiTransactionService", "OrlOamSpiTransaction", "2"},
-    {"OrlOamSpiModelRepositoryService", "OrlOamSpiModelRepository", "1"},
-    {"OrlOamSpiModelRepositoryService", "OrlOamSpiModelRepository", "2"},
-    {"OrlOamSpiModelRepositoryService", "OrlOamSpiModelRepository", "3"},
-    {"OrlMgmtSpiThreadContextService", "OrlMgmtSpiThreadContext", "2"},
-    {"OrlMgmtSpiSessionManagementService", "OrlMgmtSpiSession", "1"},
-};
 const int kThreadContextStep = 5;
 
 // Polls `done` for up to five seconds.
@@ -60,28 +47,9 @@ bool eventually(const std::function<bool()>& done) {
     return done();
 }
 
-class AgentSpineTest : public ::testing::Test {
+class AgentSpineTest : public vesk::e2e::HostFixture {
   protected:
-    void SetUp() override {
-        char pattern[] = "/tmp/vesk-agent-e2e-XXXXXX";
-        ASSERT_NE(mkdtemp(pattern), nullptr);
-        _dir = pattern;
-        _host.reset(new Host);
-        std::string error;
-        ASSERT_TRUE(_host->openState(_dir, &error)) << error;
-    }
-    void TearDown() override {
-        _host.reset();
-        std::filesystem::remove_all(_dir);
-    }
-
-    void load() {
-        std::string error;
-        ASSERT_EQ(_host->load(VESK_AGENT_PATH, &error), Host::kLoaded) << error;
-    }
-    int fetches(const Triple& t) {
-        return _host->portal().fetchCount(t.service, t.interfaceName, t.version);
-    }
+    void load() { loadPlugin(VESK_AGENT_PATH); }
     // Error lines other than the host's own.
     size_t errors() {
         size_t n = 0;
@@ -98,8 +66,6 @@ class AgentSpineTest : public ::testing::Test {
     }
 
     LogCapture _log;
-    std::string _dir;
-    std::unique_ptr<Host> _host;
 };
 
 TEST_F(AgentSpineTest, InitRegistersTheAgentWithItsRecordsAndAsksNothingMore) {
@@ -107,7 +73,7 @@ TEST_F(AgentSpineTest, InitRegistersTheAgentWithItsRecordsAndAsksNothingMore) {
     EXPECT_EQ(_log.count(kInitLine, VESK_LOG_INFO), 1u);
     EXPECT_EQ(_host->agentComponent(), "VESKCMSAcomponent");
     EXPECT_EQ(_host->components().names(), Names{"VESKCMSAcomponent"});
-    for (const Triple& t : kStartFetches) {
+    for (const Fetch& t : kStartFetches) {
         EXPECT_EQ(fetches(t), 0) << t.interfaceName << " " << t.version;
     }
 
@@ -244,13 +210,16 @@ struct RefusalCase {
     int step;
     const char* text;
 };
+void PrintTo(const RefusalCase& c, std::ostream* out) {
+    *out << "step " << c.step;
+}
 
 class AgentRefusalTest : public AgentSpineTest,
                          public ::testing::WithParamInterface<RefusalCase> {};
 
 TEST_P(AgentRefusalTest, RefusedFetchEndsStartWithItsCodeAndTheStartedFlagFollowsTheStep) {
     const RefusalCase& c = GetParam();
-    const Triple& refused = kStartFetches[c.step];
+    const Fetch& refused = kStartFetches[c.step];
     const OrlReturnT code = -20 - c.step;
     load();
     _host->refuseInterface(refused.service, refused.interfaceName, refused.version, code);

@@ -8,7 +8,7 @@
 #include <thread>
 #include <vector>
 
-#include "host/Host.h"
+#include "e2e/HostFixture.h"
 #include "platform/OrlController.h"
 
 namespace {
@@ -41,28 +41,17 @@ OrlOamSpiTransactionalResource_2 g_recorder = {
     Recorder::finish,
     Recorder::validate};
 
-class HostProbeTest : public ::testing::Test {
+class HostProbeTest : public vesk::e2e::HostFixture {
   protected:
     void SetUp() override {
-        char pattern[] = "/tmp/vesk-host-e2e-XXXXXX";
-        ASSERT_NE(mkdtemp(pattern), nullptr);
-        _dir = pattern;
-        _host.reset(new Host);
-        std::string error;
-        ASSERT_TRUE(_host->openState(_dir, &error)) << error;
+        HostFixture::SetUp();
+        if (HasFatalFailure())
+            return;
         load();
         Recorder::calls.clear();
         Recorder::commitAnswer = OrlOk;
     }
-    void TearDown() override {
-        _host.reset();
-        std::filesystem::remove_all(_dir);
-    }
-
-    void load() {
-        std::string error;
-        ASSERT_EQ(_host->load(VESK_PROBE_PATH, &error), Host::kLoaded) << error;
-    }
+    void load() { loadPlugin(VESK_PROBE_PATH); }
     // Everything the probe noted since the last call, then forgets it.
     std::string journal() {
         auto read = reinterpret_cast<const char* (*)()>(_host->pluginSymbol("probe_journal"));
@@ -82,9 +71,6 @@ class HostProbeTest : public ::testing::Test {
         EXPECT_EQ(rc, OrlOk);
         return static_cast<OrlOamSpiTransaction_2*>(record)->registerParticipant(tx, &g_recorder);
     }
-
-    std::string _dir;
-    std::unique_ptr<Host> _host;
 };
 
 using Names = std::vector<std::string>;
@@ -155,17 +141,11 @@ TEST_F(HostProbeTest, ComponentRecordsAreReachableByComponentName) {
 }
 
 TEST_F(HostProbeTest, RefusedFetchAtEachStepFailsStartUntilAllowed) {
-    const char* const steps[7][3] = {
-        {"OrlOamSpiTransactionService", "OrlOamSpiTransaction", "1"},
-        {"OrlOamSpiTransactionService", "OrlOamSpiTransaction", "2"},
-        {"OrlOamSpiModelRepositoryService", "OrlOamSpiModelRepository", "1"},
-        {"OrlOamSpiModelRepositoryService", "OrlOamSpiModelRepository", "2"},
-        {"OrlOamSpiModelRepositoryService", "OrlOamSpiModelRepository", "3"},
-        {"OrlMgmtSpiThreadContextService", "OrlMgmtSpiThreadContext", "2"},
-        {"OrlMgmtSpiSessionManagementService", "OrlMgmtSpiSession", "1"}};
-    for (int step = 0; step < 7; ++step) {
+    const vesk::e2e::Fetch* steps = vesk::e2e::kStartFetches;
+    for (int step = 0; step < vesk::e2e::kStartFetchCount; ++step) {
         SCOPED_TRACE(step + 1);
-        _host->refuseInterface(steps[step][0], steps[step][1], steps[step][2], -7);
+        _host->refuseInterface(steps[step].service, steps[step].interfaceName, steps[step].version,
+                               -7);
         journal();
         std::string error;
         EXPECT_EQ(_host->start(&error), -7);
@@ -173,10 +153,7 @@ TEST_F(HostProbeTest, RefusedFetchAtEachStepFailsStartUntilAllowed) {
         EXPECT_EQ(journal(), "start 0;start-failed " + std::to_string(step + 1) + " -7;");
         EXPECT_TRUE(_host->components().started().empty());
         if (step < 6) {
-            EXPECT_EQ(_host->portal().fetchCount(steps[step + 1][0], steps[step + 1][1],
-                                                 steps[step + 1][2]),
-                      0)
-                << "no fetch after the refused one";
+            EXPECT_EQ(fetches(steps[step + 1]), 0) << "no fetch after the refused one";
         }
         _host->clearRefusals();
     }

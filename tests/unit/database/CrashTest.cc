@@ -27,8 +27,9 @@ int lastCommitted() {
     return last;
 }
 
-// The child: commits transaction after transaction until it is killed. Never returns.
-[[noreturn]] void writeForever(const std::string& dir) {
+// The child: commits transaction after transaction until it is killed, and writes one byte to
+// `ready` after its first commit. Never returns.
+[[noreturn]] void writeForever(const std::string& dir, int ready) {
     std::string error;
     if (!db::open(dir, &error))
         _exit(3);
@@ -45,6 +46,13 @@ int lastCommitted() {
             _exit(4);
         if (IDatabase::transaction(IPCData::OP_TX_COMMIT, h, false) == 0)
             _exit(5);
+        if (ready >= 0) {
+            char byte = 1;
+            if (write(ready, &byte, 1) != 1)
+                _exit(6);
+            close(ready);
+            ready = -1;
+        }
         if (t % 7 == 0)
             IDatabase::storePersistentDump(false, false);
     }
@@ -77,10 +85,21 @@ TEST(CrashTest, KilledWritersLeaveWholeContiguousTransactions) {
     auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(15);
     int kills = 0;
     for (; kills < 30 && std::chrono::steady_clock::now() < deadline; ++kills) {
+        int ready[2];
+        ASSERT_EQ(0, pipe(ready));
         pid_t child = fork();
         ASSERT_GE(child, 0);
-        if (child == 0)
-            writeForever(dir.path());
+        if (child == 0) {
+            close(ready[0]);
+            writeForever(dir.path(), ready[1]);
+        }
+        close(ready[1]);
+        // The kill comes at a random moment after the writer's first commit of this life, so
+        // that every round makes progress however slow the machine is.
+        char byte = 0;
+        ssize_t got = read(ready[0], &byte, 1);
+        close(ready[0]);
+        ASSERT_EQ(1, got) << "the writer ended before its first commit";
         std::this_thread::sleep_for(std::chrono::milliseconds(pause(random)));
         kill(child, SIGKILL);
         int status = 0;

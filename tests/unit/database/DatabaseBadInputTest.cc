@@ -129,7 +129,8 @@ TEST_F(DatabaseBadInputTest, WritesToMissingObjectsAreRefused) {
         return IDatabase::setAttribute(kUnit, 1, "a", AttributeVariant(1), false,
                                        IPCData::AVT_INT32, true, h);
     });
-    expectRefused("no object", [&] { return IDatabase::insert(nullptr, h); });
+    expectRefused("IDatabase::insert: no object", [&] { return IDatabase::insert(nullptr, h); });
+    expectRefused("IDatabase::update: no object", [&] { return IDatabase::update(nullptr, h); });
     EXPECT_NE(0, IDatabase::transaction(IPCData::OP_TX_ROLLBACK, h, false));
 }
 

@@ -35,14 +35,16 @@ std::unique_ptr<DBObject> object(const std::string& key, const std::string& pare
 }
 
 void put(const std::string& key, const std::string& parentDn,
-         std::initializer_list<Attribute*> attributes) {
+         std::initializer_list<Attribute*> attributes, int handle) {
     auto made = object(key, parentDn, attributes);
-    ASSERT_NE(0, IDatabase::insert(made.get(), 0)) << parentDn << "," << key;
+    ASSERT_NE(0, IDatabase::insert(made.get(), handle)) << parentDn << "," << key;
 }
 
 std::string committedString(const std::string& dn, const std::string& name) {
     std::unique_ptr<DBObject> copy(IDatabase::getObject(dn, 1, 0));
-    Attribute* a = copy != nullptr ? copy->getAttribute(name) : nullptr;
+    if (copy == nullptr)
+        return "<no object>";
+    Attribute* a = copy->getAttribute(name);
     if (a == nullptr)
         return "<absent>";
     return a->ToStr();

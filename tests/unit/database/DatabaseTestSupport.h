@@ -32,11 +32,12 @@ Attribute* attr(const std::string& name, AttributeVariant value,
 std::unique_ptr<DBObject> object(const std::string& key, const std::string& parentDn,
                                  std::initializer_list<Attribute*> attributes = {});
 
-// Inserts `key` under `parentDn` with handle 0; asserts success.
+// Inserts `key` under `parentDn` through `handle` (0: committed at once); asserts success.
 void put(const std::string& key, const std::string& parentDn,
-         std::initializer_list<Attribute*> attributes = {});
+         std::initializer_list<Attribute*> attributes = {}, int handle = 0);
 
-// The string value of an attribute of the committed object; "<absent>" when missing.
+// The string value of an attribute of the committed object; "<absent>" when the attribute is
+// missing, "<no object>" when the object is.
 std::string committedString(const std::string& dn, const std::string& name);
 
 class DatabaseTest : public ::testing::Test {

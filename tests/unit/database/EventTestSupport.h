@@ -1,13 +1,11 @@
-// Shared pieces of the notifier, ISec and Toolbox tests: a state folder per test with the
-// database open in it, and a subscriber that keeps copies of what it receives.
+// Shared pieces of the notifier, ISec and Toolbox tests: the database fixture that also stops
+// the notifier, and a subscriber that keeps copies of what it receives.
 #pragma once
 
 #include <gtest/gtest.h>
-#include <stdlib.h>
 
 #include <chrono>
 #include <condition_variable>
-#include <filesystem>
 #include <functional>
 #include <memory>
 #include <mutex>
@@ -18,6 +16,7 @@
 #include "platform/IEventAware.h"
 #include "station/database/Database.h"
 #include "station/database/Notifier.h"
+#include "unit/database/DatabaseTestSupport.h"
 
 namespace vesk {
 namespace test {
@@ -60,23 +59,13 @@ class CountingSubscriber : public VESK::Framework::IEventAware {
     std::vector<std::unique_ptr<VESK::Framework::Event>> _events;
 };
 
-// Opens the database in a fresh folder; closes it (which ends all subscriptions) at the end.
-class DatabaseFixture : public ::testing::Test {
+// The database open in a fresh folder; closing it at the end ends all subscriptions.
+class DatabaseFixture : public dbtest::DatabaseTest {
   protected:
-    void SetUp() override {
-        std::string pattern = ::testing::TempDir() + "/vesk_ev_XXXXXX";
-        ASSERT_NE(mkdtemp(pattern.data()), nullptr);
-        _dir = pattern;
-        std::string error;
-        ASSERT_TRUE(vesk::db::open(_dir, &error)) << error;
-    }
     void TearDown() override {
-        vesk::db::close();
+        DatabaseTest::TearDown();
         vesk::db::notifierStop();
-        std::filesystem::remove_all(_dir);
     }
-
-    std::string _dir;
 };
 
 }  // namespace test

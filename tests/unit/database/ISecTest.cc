@@ -16,17 +16,7 @@ const char kParent[] = "ManagedElement=1,SystemFunctions=1,SecM=1";
 const char kCertM[] = "ManagedElement=1,SystemFunctions=1,SecM=1,CertM=1";
 
 Attribute* stringAttr(const std::string& name, const std::string& value) {
-    return new Attribute(false, name, value, 0, true, IPCData::AVT_STRING, true, false);
-}
-
-std::string dbString(const std::string& dn, const std::string& name) {
-    std::unique_ptr<DBObject> object(IDatabase::getObject(dn, 1, 0));
-    if (!object)
-        return "<no object>";
-    Attribute* attribute = object->getAttribute(name);
-    if (attribute == nullptr)
-        return "<absent>";
-    return boost::get<std::string>(attribute->value);
+    return vesk::dbtest::attr(name, value);
 }
 
 class ISecTest : public vesk::test::DatabaseFixture {
@@ -35,18 +25,13 @@ class ISecTest : public vesk::test::DatabaseFixture {
         vesk::test::DatabaseFixture::SetUp();
         vesk::isec::reset();
         // The parents of the certificate MOs, as the station's data holds them.
-        putObject("ManagedElement=1", "");
-        putObject("SystemFunctions=1", "ManagedElement=1");
-        putObject("SecM=1", "ManagedElement=1,SystemFunctions=1");
+        vesk::dbtest::put("ManagedElement=1", "");
+        vesk::dbtest::put("SystemFunctions=1", "ManagedElement=1");
+        vesk::dbtest::put("SecM=1", "ManagedElement=1,SystemFunctions=1");
     }
     void TearDown() override {
         vesk::isec::reset();
         vesk::test::DatabaseFixture::TearDown();
-    }
-    static void putObject(const std::string& key, const std::string& parent) {
-        DBObject object(key, 1, true, false, IPCData::OPSTATE_DISABLED, IPCData::ADMSTATE_UNLOCKED,
-                        parent, 1);
-        ASSERT_NE(IDatabase::insert(&object, 0), 0);
     }
     static DBObject certM(const std::string& label) {
         DBObject object("CertM=1", 1, true, false, IPCData::OPSTATE_DISABLED,
@@ -61,38 +46,38 @@ TEST_F(ISecTest, StagedChangesApplyOnCommittedOnly) {
     ASSERT_EQ(ISec::createMo(7, &object), 1);
     EXPECT_EQ(vesk::isec::stagedCount(7), 1u);
     EXPECT_TRUE(vesk::isec::storedDns().empty());
-    EXPECT_EQ(dbString(kCertM, "userLabel"), "<no object>");
+    EXPECT_EQ(vesk::dbtest::committedString(kCertM, "userLabel"), "<no object>");
 
     ASSERT_EQ(ISec::committed(7), 1);
     EXPECT_EQ(vesk::isec::stagedCount(7), 0u);
     EXPECT_EQ(vesk::isec::storedDns(), std::vector<std::string>{kCertM});
-    EXPECT_EQ(dbString(kCertM, "userLabel"), "first");
+    EXPECT_EQ(vesk::dbtest::committedString(kCertM, "userLabel"), "first");
 
     // An edit that is rolled back changes nothing; one that is committed reaches both stores.
     std::unique_ptr<Attribute> second(stringAttr("userLabel", "second"));
     ASSERT_EQ(ISec::editMo(8, kCertM, second.get()), 1);
     ASSERT_EQ(ISec::rollback(8), 1);
     EXPECT_EQ(ISec::committed(8), 1);  // nothing left to confirm
-    EXPECT_EQ(dbString(kCertM, "userLabel"), "first");
+    EXPECT_EQ(vesk::dbtest::committedString(kCertM, "userLabel"), "first");
     std::unique_ptr<Attribute> third(stringAttr("userLabel", "third"));
     ASSERT_EQ(ISec::editMo(9, kCertM, third.get()), 1);
     ASSERT_EQ(ISec::committed(9), 1);
-    EXPECT_EQ(dbString(kCertM, "userLabel"), "third");
+    EXPECT_EQ(vesk::dbtest::committedString(kCertM, "userLabel"), "third");
     std::unique_ptr<DBObject> stored(vesk::isec::storedObject(kCertM));
     ASSERT_NE(stored, nullptr);
     EXPECT_EQ(boost::get<std::string>(stored->getAttribute("userLabel")->value), "third");
 
     ASSERT_EQ(ISec::deleteMO(10, kCertM), 1);
-    EXPECT_EQ(dbString(kCertM, "userLabel"), "third");
+    EXPECT_EQ(vesk::dbtest::committedString(kCertM, "userLabel"), "third");
     ASSERT_EQ(ISec::committed(10), 1);
-    EXPECT_EQ(dbString(kCertM, "userLabel"), "<no object>");
+    EXPECT_EQ(vesk::dbtest::committedString(kCertM, "userLabel"), "<no object>");
     EXPECT_TRUE(vesk::isec::storedDns().empty());
 }
 
 TEST_F(ISecTest, HandleZeroAppliesAtOnceAndUnknownMosFailAtCommit) {
     DBObject object = certM("now");
     ASSERT_EQ(ISec::createMo(0, &object), 1);
-    EXPECT_EQ(dbString(kCertM, "userLabel"), "now");
+    EXPECT_EQ(vesk::dbtest::committedString(kCertM, "userLabel"), "now");
 
     vesk::log::LogCapture capture;
     std::unique_ptr<Attribute> label(stringAttr("userLabel", "x"));
@@ -114,7 +99,7 @@ TEST_F(ISecTest, InjectedFailuresChangeNothing) {
     vesk::isec::failNext(vesk::isec::Operation::Committed, 1);
     EXPECT_EQ(ISec::committed(5), 0);
     EXPECT_EQ(vesk::isec::stagedCount(5), 1u);
-    EXPECT_EQ(dbString(kCertM, "userLabel"), "<no object>");
+    EXPECT_EQ(vesk::dbtest::committedString(kCertM, "userLabel"), "<no object>");
 
     vesk::isec::failNext(vesk::isec::Operation::Rollback, 1);
     EXPECT_EQ(ISec::rollback(5), 0);

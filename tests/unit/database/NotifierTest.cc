@@ -259,7 +259,7 @@ TEST_F(NotifierTest, StopEndsSubscriptionsAndTheNextSubscriptionStartsAgain) {
 }
 
 // Through the store: a committed transaction and a handle-0 write reach the subscriber.
-class NotifierStoreTest : public vesk::test::DatabaseFixture {};
+using NotifierStoreTest = vesk::test::DatabaseFixture;
 
 TEST_F(NotifierStoreTest, CommitsOfTheStoreArriveInCommitOrder) {
     CountingSubscriber sub;
@@ -267,22 +267,16 @@ TEST_F(NotifierStoreTest, CommitsOfTheStoreArriveInCommitOrder) {
     subscribeAll(sub);
     IDatabase::registerToNotif(1004, "OAM", 1, &status, "TIBStatus", 0, 0, 0);
 
-    DBObject me("ManagedElement=1", 1, true, false, IPCData::OPSTATE_DISABLED,
-                IPCData::ADMSTATE_UNLOCKED, "", 1);
-    me.addAttribute(*new Attribute(false, "userLabel", std::string("one"), 0, true,
-                                   IPCData::AVT_STRING, true, false));
     int handle = IDatabase::transaction(IPCData::OP_TX_OPEN, 0, false);
     ASSERT_NE(handle, 0);
-    ASSERT_NE(IDatabase::insert(&me, handle), 0);
+    vesk::dbtest::put("ManagedElement=1", "", {vesk::dbtest::attr("userLabel", std::string("one"))},
+                      handle);
     ASSERT_NE(IDatabase::transaction(IPCData::OP_TX_COMMIT, handle, false), 0);
     ASSERT_NE(IDatabase::setAttribute("ManagedElement=1", 1, "userLabel",
                                       AttributeVariant(std::string("two")), false,
                                       IPCData::AVT_STRING, true, 0),
               0);
-    DBObject oam("OAM", 1, true, false, IPCData::OPSTATE_DISABLED, IPCData::ADMSTATE_UNLOCKED);
-    oam.addAttribute(
-        *new Attribute(false, "TIBStatus", 3, 0, true, IPCData::AVT_INT32, true, false));
-    ASSERT_NE(IDatabase::insert(&oam, 0), 0);
+    vesk::dbtest::put("OAM", "", {vesk::dbtest::attr("TIBStatus", 3, IPCData::AVT_INT32)});
     ASSERT_NE(IDatabase::deleteObj("ManagedElement=1", 1, 0), 0);
     vesk::db::notifierFlush();
 

@@ -117,13 +117,18 @@ TEST(ToolboxTest, ReadsFromAnObjectInHand) {
     EXPECT_FALSE(Toolbox::getIntFromDBObject(&object, s, value));
     EXPECT_FALSE(Toolbox::getIntFromDBObject(&object, gone, value));
     EXPECT_FALSE(Toolbox::getIntFromDBObject(&object, none, value));
+    vesk::log::LogCapture capture;
     EXPECT_FALSE(Toolbox::getIntFromDBObject(nullptr, i, value));
     EXPECT_EQ(value, 7);
+    EXPECT_EQ(capture.count("Toolbox::getIntFromDBObject: Object is NULL", VESK_LOG_WARNING), 1u);
     std::string text;
     EXPECT_TRUE(Toolbox::getStringFromDBObject(&object, s, text));
     EXPECT_EQ(text, "text");
     EXPECT_FALSE(Toolbox::getStringFromDBObject(&object, i, text));
+    EXPECT_FALSE(Toolbox::getStringFromDBObject(nullptr, s, text));
     EXPECT_EQ(text, "text");
+    EXPECT_EQ(capture.count("Toolbox::getStringFromDBObject: Object is NULL", VESK_LOG_WARNING),
+              1u);
 }
 
 TEST(ToolboxTest, TableLinesThatDoNotParseAreSkippedWithAWarning) {
@@ -139,20 +144,12 @@ TEST(ToolboxTest, TableLinesThatDoNotParseAreSkippedWithAWarning) {
     EXPECT_FALSE(table.load(path + ".missing"));
 }
 
-class ToolboxDatabaseTest : public vesk::test::DatabaseFixture {
-  protected:
-    static void put(const std::string& key, const std::string& parent,
-                    std::vector<Attribute*> attributes = {}, int handle = 0) {
-        DBObject object(key, 1, true, false, IPCData::OPSTATE_DISABLED, IPCData::ADMSTATE_UNLOCKED,
-                        parent, 1);
-        for (Attribute* attribute : attributes)
-            object.addAttribute(*attribute);
-        ASSERT_NE(IDatabase::insert(&object, handle), 0);
-    }
-    static Attribute* intAttr(const std::string& name, int value) {
-        return new Attribute(false, name, value, 0, true, IPCData::AVT_INT32, true, false);
-    }
-};
+using ToolboxDatabaseTest = vesk::test::DatabaseFixture;
+using vesk::dbtest::put;
+
+Attribute* intAttr(const std::string& name, int value) {
+    return vesk::dbtest::attr(name, value, IPCData::AVT_INT32);
+}
 
 TEST_F(ToolboxDatabaseTest, AiPhaseIsMinusTwoUntilOamHoldsIt) {
     EXPECT_EQ(Toolbox::getAIPhaseFromDB(), -2);
@@ -196,8 +193,7 @@ TEST_F(ToolboxDatabaseTest, BasebandIdsComeFromTheMappingObjectThenTheTable) {
     EXPECT_EQ(IDatabase::getBOAttributeId(nullptr, cell), 130);
 
     put("BOMOMapping", "",
-        {intAttr("eAgchMaxPower", 9999), new Attribute(false, "uarfcnDl", std::string("777"), 0,
-                                                       true, IPCData::AVT_STRING, true, false)});
+        {intAttr("eAgchMaxPower", 9999), vesk::dbtest::attr("uarfcnDl", std::string("777"))});
     std::unique_ptr<DBObject> mapping(IDatabase::getObject("BOMOMapping", 1, 0));
     ASSERT_NE(mapping, nullptr);
     EXPECT_EQ(IDatabase::getBOAttributeId(mapping.get(), "eAgchMaxPower"), 9999);

@@ -26,6 +26,18 @@ class RepositoryClient {
     explicit RepositoryClient(ModelRepository& repository)
         : r2(*repository.record2()), r3(*repository.record3()) {}
 
+    // The handles of one walk, from `first(parent)` through `next`, in order.
+    template <class Parent, class Handle>
+    static std::vector<Handle> walk(OrlReturnT (*first)(Parent, Handle*),
+                                    OrlReturnT (*next)(Handle, Handle*), Parent parent) {
+        std::vector<Handle> handles;
+        Handle it = 0;
+        for (OrlReturnT r = first(parent, &it); r == 0; r = next(it, &it)) {
+            handles.push_back(it);
+        }
+        return handles;
+    }
+
     OrlOamSpiMocHandleT moc(const std::string& dn) {
         OrlOamSpiMocHandleT handle = 0;
         EXPECT_EQ(r3.getMocByDn(dn.c_str(), &handle), 0) << dn;
@@ -43,9 +55,8 @@ class RepositoryClient {
     }
     std::vector<std::string> attributeNames(OrlOamSpiMocHandleT moc) {
         std::vector<std::string> names;
-        OrlOamSpiAttributeHandleT it = 0;
-        for (OrlReturnT r = r2.getMocFirstAttribute(moc, &it); r == 0;
-             r = r2.getNextAttribute(it, &it)) {
+        for (OrlOamSpiAttributeHandleT it :
+             walk(r2.getMocFirstAttribute, r2.getNextAttribute, moc)) {
             OrlOamSpiGeneralPropertiesHandleT properties = 0;
             EXPECT_EQ(r2.getAttributeGeneralProperties(it, &properties), 0);
             names.push_back(name(properties));
@@ -54,9 +65,8 @@ class RepositoryClient {
     }
     // The attribute of the class of `dn` named `attribute`; 0 if there is none.
     OrlOamSpiAttributeHandleT attribute(const std::string& dn, const std::string& attribute) {
-        OrlOamSpiAttributeHandleT it = 0;
-        for (OrlReturnT r = r2.getMocFirstAttribute(moc(dn), &it); r == 0;
-             r = r2.getNextAttribute(it, &it)) {
+        for (OrlOamSpiAttributeHandleT it :
+             walk(r2.getMocFirstAttribute, r2.getNextAttribute, moc(dn))) {
             OrlOamSpiGeneralPropertiesHandleT properties = 0;
             r2.getAttributeGeneralProperties(it, &properties);
             if (name(properties) == attribute) {
@@ -119,9 +129,8 @@ class RepositoryClient {
         if (r2.getEnum(container, &enumeration) != 0) {
             return result;
         }
-        OrlOamSpiEnumLiteralHandleT it = 0;
-        for (OrlReturnT r = r2.getEnumFirstLiteral(enumeration, &it); r == 0;
-             r = r2.getNextEnumLiteral(it, &it)) {
+        for (OrlOamSpiEnumLiteralHandleT it :
+             walk(r2.getEnumFirstLiteral, r2.getNextEnumLiteral, enumeration)) {
             OrlOamSpiGeneralPropertiesHandleT properties = 0;
             int16_t value = -1;
             EXPECT_EQ(r2.getEnumLiteralGeneralProperties(it, &properties), 0);
@@ -136,9 +145,8 @@ class RepositoryClient {
         std::vector<std::pair<std::string, std::string>> result;
         OrlOamSpiGeneralPropertiesHandleT properties = 0;
         EXPECT_EQ(r2.getAttributeGeneralProperties(attribute, &properties), 0);
-        OrlOamSpiDomainExtensionHandleT it = 0;
-        for (OrlReturnT r = r2.getFirstDomainExtension(properties, &it); r == 0;
-             r = r2.getNextDomainExtension(it, &it)) {
+        for (OrlOamSpiDomainExtensionHandleT it :
+             walk(r2.getFirstDomainExtension, r2.getNextDomainExtension, properties)) {
             const char* extension = nullptr;
             const char* value = nullptr;
             EXPECT_EQ(r2.getDomainExtensionName(it, &extension), 0);
@@ -154,9 +162,8 @@ class RepositoryClient {
         if (r2.getStruct(container, &structType) != 0) {
             return result;
         }
-        OrlOamSpiStructMemberHandleT it = 0;
-        for (OrlReturnT r = r2.getStructFirstMember(structType, &it); r == 0;
-             r = r2.getNextStructMember(it, &it)) {
+        for (OrlOamSpiStructMemberHandleT it :
+             walk(r2.getStructFirstMember, r2.getNextStructMember, structType)) {
             OrlOamSpiGeneralPropertiesHandleT properties = 0;
             OrlOamSpiTypeContainerHandleT memberType = 0;
             EXPECT_EQ(r2.getStructMemberGeneralProperties(it, &properties), 0);
@@ -167,9 +174,8 @@ class RepositoryClient {
     }
     std::vector<ChildClass> children(OrlOamSpiMocHandleT moc) {
         std::vector<ChildClass> result;
-        OrlOamSpiContainmentHandleT it = 0;
-        for (OrlReturnT r = r2.getMocFirstChildContainment(moc, &it); r == 0;
-             r = r2.getNextSiblingContainment(it, &it)) {
+        for (OrlOamSpiContainmentHandleT it :
+             walk(r2.getMocFirstChildContainment, r2.getNextSiblingContainment, moc)) {
             ChildClass child{"", -1, -1, 0};
             OrlOamSpiMocHandleT childMoc = 0;
             EXPECT_EQ(r2.getContainmentChildMoc(it, &childMoc), 0);

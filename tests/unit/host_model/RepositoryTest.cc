@@ -124,6 +124,9 @@ TEST_F(RepositoryTest, TypesDefaultsAndMultiplicitiesFollowTheSources) {
     EXPECT_EQ(c.types(kCell, "cellId"), std::make_pair(3, 3));
     EXPECT_EQ(c.types(kCell, "isDlOnly"), std::make_pair(10, 10));
     EXPECT_EQ(c.types("ManagedElement=1", "userLabel"), std::make_pair(9, 9));
+    EXPECT_EQ(c.types("ManagedElement=1,ENodeBFunction=1,EUtraNetwork=1,EUtranFrequency=1",
+                      "laaMaxOccupancy"),
+              std::make_pair(7, 7));
     // Typedefs are derived (13), with their base.
     EXPECT_EQ(c.types(kCell, "dlChannelBandwidth"), std::make_pair(13, 3));
     EXPECT_EQ(c.types(kCell, "administrativeState"), std::make_pair(13, 12));

@@ -29,10 +29,10 @@ TEST(Log, CaptureSeesEveryLevelWithExactTextAndComponent) {
     EXPECT_EQ(VESK_LOG_TRACE, lines[1].level);
     EXPECT_EQ(0u, lines[1].text.rfind("[LogTest.cc:", 0)) << lines[1].text;
     EXPECT_NE(std::string::npos, lines[1].text.find("] VeskMoImpl: join"));
-    EXPECT_EQ(1u, capture.count("VeskMoImpl::join - TransactionHandle 42 was not found",
-                                VESK_LOG_ERROR));
-    EXPECT_EQ(0u, capture.count("VeskMoImpl::join - TransactionHandle 42 was not found",
-                                VESK_LOG_INFO));
+    EXPECT_EQ(
+        1u, capture.count("VeskMoImpl::join - TransactionHandle 42 was not found", VESK_LOG_ERROR));
+    EXPECT_EQ(
+        0u, capture.count("VeskMoImpl::join - TransactionHandle 42 was not found", VESK_LOG_INFO));
 }
 
 TEST(Log, FileSinkHonoursThresholdAndLongLines) {
@@ -66,10 +66,12 @@ TEST(Log, ConcurrentWritersAllCaptured) {
     std::vector<std::thread> threads;
     for (int t = 0; t < 4; ++t) {
         threads.emplace_back([t] {
-            for (int i = 0; i < 200; ++i) mw_api_log_impl(13, VESK_LOG_TRACE, 1, "t%d %d", t, i);
+            for (int i = 0; i < 200; ++i)
+                mw_api_log_impl(13, VESK_LOG_TRACE, 1, "t%d %d", t, i);
         });
     }
-    for (auto& th : threads) th.join();
+    for (auto& th : threads)
+        th.join();
     EXPECT_EQ(800u, capture.countContaining("t", VESK_LOG_TRACE));
     EXPECT_EQ(1u, capture.count("t3 199"));
 }

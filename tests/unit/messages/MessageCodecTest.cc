@@ -244,17 +244,6 @@ TEST(MessageCodec, MalformedFieldsAreRejected) {
     EXPECT_EQ(nullptr, decodeMessage(nullptr, 0, error));
 }
 
-TEST(MessageCodec, DefaultsOfTheMessages) {
-    VESK_ResetRBS reset;
-    EXPECT_EQ(4123u, reset.messageId);
-    EXPECT_FALSE(reset.flag);
-    EXPECT_EQ(12, reset.resetCause);
-    EXPECT_EQ(3, reset.resetKind);
-    EXPECT_EQ("", reset.reasonText);
-    EXPECT_EQ(-1, reset.parameter);
-    EXPECT_EQ("", VESK_FaultNotification().additionalText);
-}
-
 TEST(BoamMsg, RecordsTravelInTheContainerAndRoundTrip) {
     auto request = std::make_unique<ConfMsg_setAttributeReq>();
     EXPECT_EQ(4096, request->msgType);

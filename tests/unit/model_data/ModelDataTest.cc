@@ -114,15 +114,6 @@ TEST_F(ModelData, EveryClassIsReachableFromManagedElementAndKeyedByItsId) {
     }
 }
 
-TEST_F(ModelData, MomNameAndVersionAreOnTheStationModule) {
-    const char* name = moduleExtensionArgument(_model->station(), "mom-name");
-    const char* version = moduleExtensionArgument(_model->station(), "mom-version");
-    ASSERT_NE(name, nullptr);
-    ASSERT_NE(version, nullptr);
-    EXPECT_STREQ(name, "VeskStation");
-    EXPECT_STREQ(version, "1.0");
-}
-
 TEST_F(ModelData, EnumerationsCarryTheirFixedNumbers) {
     using Literals = std::map<std::string, int>;
     EXPECT_EQ(enumLiterals(attr(kCell, "administrativeState")),

@@ -1,25 +1,10 @@
 #include "SchemaWalk.h"
 
-#include <cstring>
-#include <set>
-
 namespace vesk::modeltest {
 
 namespace {
 
-const char kExtensionModule[] = "vesk-extensions";
-
-const char* findExtension(const lysc_ext_instance* exts, const char* name) {
-    LY_ARRAY_COUNT_TYPE i;
-    LY_ARRAY_FOR(exts, i) {
-        const lysc_ext* def = exts[i].def;
-        if (std::strcmp(def->module->name, kExtensionModule) == 0 &&
-            std::strcmp(def->name, name) == 0) {
-            return exts[i].argument ? exts[i].argument : "";
-        }
-    }
-    return nullptr;
-}
+namespace hm = vesk::host::model;
 
 int hostTypeOf(LY_DATA_TYPE basetype) {
     switch (basetype) {
@@ -52,29 +37,6 @@ int hostTypeOf(LY_DATA_TYPE basetype) {
     }
 }
 
-bool isBuiltinTypeName(const std::string& name) {
-    static const std::set<std::string> builtin = {"int8",
-                                                  "int16",
-                                                  "int32",
-                                                  "int64",
-                                                  "uint8",
-                                                  "uint16",
-                                                  "uint32",
-                                                  "uint64",
-                                                  "string",
-                                                  "boolean",
-                                                  "enumeration",
-                                                  "decimal64",
-                                                  "bits",
-                                                  "binary",
-                                                  "empty",
-                                                  "union",
-                                                  "leafref",
-                                                  "identityref",
-                                                  "instance-identifier"};
-    return builtin.count(name) > 0;
-}
-
 const lysc_type* compiledType(const lysc_node* node) {
     if (node->nodetype == LYS_LEAF) {
         return reinterpret_cast<const lysc_node_leaf*>(node)->type;
@@ -83,17 +45,6 @@ const lysc_type* compiledType(const lysc_node* node) {
         return reinterpret_cast<const lysc_node_leaflist*>(node)->type;
     }
     return nullptr;
-}
-
-// Name of the type statement as written, e.g. "vt:earfcn" or "int32".
-std::string writtenTypeName(const lysc_node* node) {
-    if (node->priv == nullptr) {
-        return "";
-    }
-    if (node->nodetype == LYS_LEAF) {
-        return static_cast<const lysp_node_leaf*>(node->priv)->type.name;
-    }
-    return static_cast<const lysp_node_leaflist*>(node->priv)->type.name;
 }
 
 }  // namespace
@@ -140,22 +91,6 @@ const lysc_node* Model::classAt(const std::string& path) const {
         start = end + 1;
     }
     return node;
-}
-
-const char* extensionArgument(const lysc_node* node, const char* name) {
-    return findExtension(node->exts, name);
-}
-
-const char* moduleExtensionArgument(const lys_module* module, const char* name) {
-    return findExtension(module->compiled->exts, name);
-}
-
-bool isStructList(const lysc_node* node) {
-    return node->nodetype == LYS_LIST && extensionArgument(node, "struct-list") != nullptr;
-}
-
-bool isClass(const lysc_node* node) {
-    return node->nodetype == LYS_LIST && !isStructList(node);
 }
 
 std::vector<const lysc_node*> childClasses(const lysc_node* parent) {
@@ -205,8 +140,8 @@ TypeInfo hostType(const lysc_node* node) {
         return info;
     }
     info.base = hostTypeOf(type->basetype);
-    std::string written = writtenTypeName(node);
-    if (!written.empty() && !isBuiltinTypeName(written)) {
+    std::string written = hm::writtenTypeName(node);
+    if (!written.empty() && !hm::isBuiltinTypeName(written.c_str())) {
         info.type = kDerived;
         info.typedefName = written.substr(written.find(':') + 1);
     } else {

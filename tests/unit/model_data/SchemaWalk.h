@@ -1,7 +1,7 @@
 // Reads the station model the way the host's model repository does: classes
 // are YANG lists, attributes their leaves, leaf-lists, struct containers and
 // struct lists, and the vesk-extensions statements add what YANG lacks.
-// Test support only; the mapping it applies is the one docs/model.md gives.
+// Test support only: the type mapping is its own, the YANG-level readers are the host's.
 #pragma once
 
 #include <libyang/libyang.h>
@@ -9,6 +9,8 @@
 #include <map>
 #include <string>
 #include <vector>
+
+#include "host/model/ModelBuilder.h"
 
 namespace vesk::modeltest {
 
@@ -63,13 +65,10 @@ class Model {
     std::string _error;
 };
 
-// Argument of the vesk-extensions statement `name` on `node`: null when the
-// node has no such statement, "" when the statement has no argument.
-const char* extensionArgument(const lysc_node* node, const char* name);
-const char* moduleExtensionArgument(const lys_module* module, const char* name);
-
-bool isClass(const lysc_node* node);
-bool isStructList(const lysc_node* node);
+// Extension arguments and the class / struct-list split are the host's own readers.
+using host::model::extensionArgument;
+using host::model::isClass;
+using host::model::isStructList;
 std::vector<const lysc_node*> childClasses(const lysc_node* parent);
 // Attributes of a class or members of a struct: leaves, leaf-lists, struct
 // containers and struct lists, in model order. Child classes are left out.

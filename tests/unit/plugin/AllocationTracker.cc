@@ -30,6 +30,13 @@ void AllocationTracker::onFree(void* block) {
         ++_unknownFrees;
 }
 
+::testing::AssertionResult AllocationTracker::balanced() const {
+    if (_live.empty() && _unknownFrees == 0)
+        return ::testing::AssertionSuccess();
+    return ::testing::AssertionFailure()
+           << _live.size() << " blocks live, " << _unknownFrees << " unknown frees";
+}
+
 }  // namespace vesk_test
 
 using vesk_test::s_active;

@@ -3,6 +3,8 @@
 // block allocated must be freed exactly once; frees of blocks the tracker never saw are counted.
 #pragma once
 
+#include <gtest/gtest.h>
+
 #include <cstddef>
 #include <unordered_set>
 
@@ -22,6 +24,9 @@ class AllocationTracker {
     bool isLive(const void* block) const { return _live.count(block) != 0; }
     // Frees of blocks that were not live: double frees, or blocks from before the tracker.
     size_t unknownFrees() const { return _unknownFrees; }
+
+    // Success when every block is freed and no unknown block was; else says what is left.
+    ::testing::AssertionResult balanced() const;
 
     void onAllocate(void* block);
     void onFree(void* block);
