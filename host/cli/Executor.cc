@@ -173,34 +173,37 @@ OrlReturnT Executor::getMany(OrlTxHandleT tx, const std::string& dn,
     return code;
 }
 
+OrlReturnT Executor::children(OrlTxHandleT tx, const std::string& dn, const std::string& className,
+                              std::vector<std::string>* out) {
+    uint64_t iterator = 0;
+    OrlReturnT code = _host.callAgent(&OrlOamSpiManagedObject_3::newMoIterator, tx, dn.c_str(),
+                                      className.c_str(), &iterator);
+    // Handle 0: nothing to walk.
+    while (code == OrlOk && iterator != 0) {
+        char* next = nullptr;
+        code = _host.callAgent(&OrlOamSpiManagedObject_3::nextMo, iterator, &next);
+        if (code != OrlOk || next == nullptr) {
+            break;
+        }
+        out->push_back(childDn(dn, className, next));
+    }
+    if (iterator != 0) {
+        _host.callAgent(&OrlOamSpiManagedObject_3::finalizeIterator, iterator);
+    }
+    return code;
+}
+
 void Executor::list(const std::string& dn, const std::string& className, Answer* answer) {
     run(answer, [&](OrlTxHandleT tx, Answer* a) {
-        uint64_t iterator = 0;
         OrlReturnT code = OrlOk;
         if (!present(tx, dn, a, &code)) {
             return code;
         }
-        code = _host.callAgent(&OrlOamSpiManagedObject_3::newMoIterator, tx, dn.c_str(),
-                               className.c_str(), &iterator);
+        std::vector<std::string> dns;
+        code = children(tx, dn, className, &dns);
+        a->data = dns;
         if (code != OrlOk) {
             a->error = "cannot list " + className + " below " + dn;
-            return code;
-        }
-        a->data = Json::array();
-        // Handle 0: nothing to walk.
-        for (; iterator != 0;) {
-            char* next = nullptr;
-            code = _host.callAgent(&OrlOamSpiManagedObject_3::nextMo, iterator, &next);
-            if (code != OrlOk || next == nullptr) {
-                break;
-            }
-            a->data.push_back(childDn(dn, className, next));
-        }
-        if (iterator != 0) {
-            _host.callAgent(&OrlOamSpiManagedObject_3::finalizeIterator, iterator);
-        }
-        if (code != OrlOk) {
-            a->error = "the walk of " + className + " below " + dn + " stopped";
         }
         return code;
     });
@@ -235,13 +238,39 @@ void Executor::create(const std::string& parentDn, const std::string& className,
     });
 }
 
-void Executor::remove(const std::string& dn, Answer* answer) {
-    run(answer, [&](OrlTxHandleT tx, Answer* a) {
-        OrlReturnT code = _host.callAgent(&OrlOamSpiManagedObject_3::deleteMo, tx, dn.c_str());
+OrlReturnT Executor::subtree(OrlTxHandleT tx, const std::string& dn, Id moc,
+                             std::vector<std::pair<std::string, Id>>* out) {
+    const model::ModelTables& tables = _model.tables();
+    for (Id c = tables.mocs[moc].firstContainment; c != kNone; c = tables.containments[c].next) {
+        const Id child = tables.containments[c].child;
+        std::vector<std::string> dns;
+        OrlReturnT code = children(tx, dn, tables.mocName(child), &dns);
+        for (size_t i = 0; code == OrlOk && i < dns.size(); ++i) {
+            code = subtree(tx, dns[i], child, out);
+        }
         if (code != OrlOk) {
-            a->error = "cannot delete " + dn;
-        } else {
-            a->notes.push_back("deleted " + dn);
+            return code;
+        }
+    }
+    out->emplace_back(dn, moc);
+    return OrlOk;
+}
+
+void Executor::remove(const std::string& dn, Id moc, Answer* answer) {
+    run(answer, [&](OrlTxHandleT tx, Answer* a) {
+        std::vector<std::pair<std::string, Id>> order;
+        OrlReturnT code = subtree(tx, dn, moc, &order);
+        if (code != OrlOk) {
+            a->error = "cannot walk the MOs below " + dn;
+            return code;
+        }
+        for (const auto& entry : order) {
+            code = _host.callAgent(&OrlOamSpiManagedObject_3::deleteMo, tx, entry.first.c_str());
+            if (code != OrlOk) {
+                a->error = "cannot delete " + entry.first;
+                return code;
+            }
+            a->notes.push_back("deleted " + entry.first);
         }
         return code;
     });

@@ -50,7 +50,9 @@ class Executor {
     void create(const std::string& parentDn, const std::string& className,
                 const std::string& keyName, const std::string& keyValue,
                 OrlMoNamedAttributeValueContainer_3** attributes, Answer* answer);
-    void remove(const std::string& dn, Answer* answer);
+    // Deletes `dn` (of class `moc`) with its subtree, children first, each MO with its own call
+    // of the agent; the first refusal stops the walk.
+    void remove(const std::string& dn, Id moc, Answer* answer);
 
     // A request on the agent: gets a transaction handle, fills `answer` and returns the agent's
     // code. Runs as described above; the operator messages of the request are collected.
@@ -60,6 +62,12 @@ class Executor {
   private:
     // Whether `dn` exists; when not, the reason is in the answer and `code` the agent's answer.
     bool present(OrlTxHandleT tx, const std::string& dn, Answer* answer, OrlReturnT* code);
+    // Appends the dns of the children of class `className` of `dn`, in the agent's order.
+    OrlReturnT children(OrlTxHandleT tx, const std::string& dn, const std::string& className,
+                        std::vector<std::string>* out);
+    // Appends the subtree of `dn` (of class `moc`), every MO after the MOs below it.
+    OrlReturnT subtree(OrlTxHandleT tx, const std::string& dn, Id moc,
+                       std::vector<std::pair<std::string, Id>>* out);
     OrlReturnT getOne(OrlTxHandleT tx, const std::string& dn, Id attribute, Answer* answer);
     OrlReturnT getMany(OrlTxHandleT tx, const std::string& dn, const std::vector<Id>& attributes,
                        Answer* answer);

@@ -116,7 +116,7 @@ void runCreate(Shell& shell, const Args& args, Answer* answer) {
 void runDelete(Shell& shell, const Args& args, Answer* answer) {
     Id moc = kNone;
     if (shell.model().resolveDn(args[0], &moc, &answer->error)) {
-        shell.executor().remove(args[0], answer);
+        shell.executor().remove(args[0], moc, answer);
     }
 }
 

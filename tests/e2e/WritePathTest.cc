@@ -122,8 +122,7 @@ TEST_F(WritePathTest, CommittedWritesSurviveARestartOfTheHost) {
     ok("set " + kEnb + " eNodeBPlmnId mcc=240,mnc=8,mncLength=2");
     ok("set " + kJob + " eventGroupRef " + kGroup);
     ok("set " + kFreqRel + ",EUtranCellRelation=1 cellIndividualOffsetEUtran -3");
-    // The host takes a subtree down child first.
-    ok("delete " + kUtranCellRel);
+    // The host takes the subtree down, children first.
     ok("delete " + kUtranRel);
     ok("set " + kCell + " dlChannelBandwidth 5000");
     ok("set " + kCertM + " userLabel \"trust anchor\"");
