@@ -3,17 +3,10 @@
 // producer's registration with the event router, and what the library exports.
 #include <gtest/gtest.h>
 
-#include <chrono>
 #include <cstdio>
-#include <cstdlib>
-#include <filesystem>
-#include <functional>
-#include <memory>
-#include <ostream>
 #include <set>
 #include <stdexcept>
 #include <string>
-#include <thread>
 #include <vector>
 
 #include "e2e/HostFixture.h"
@@ -25,29 +18,16 @@
 
 namespace {
 
-using vesk::e2e::Fetch;
-using vesk::e2e::kStartFetches;
+using namespace vesk::e2e;
 using vesk::host::Host;
 using vesk::log::LogCapture;
-using Names = std::vector<std::string>;
 
 const char* const kInitLine = "[libtib_oam_cm_sa.so] -- tibLCMinit ...  \n";
 const char* const kAlreadyStarted = "VeskCMComponent: received start when already started.";
 
 const int kThreadContextStep = 5;
 
-// Polls `done` for up to five seconds.
-bool eventually(const std::function<bool()>& done) {
-    for (int i = 0; i < 500; ++i) {
-        if (done()) {
-            return true;
-        }
-        std::this_thread::sleep_for(std::chrono::milliseconds(10));
-    }
-    return done();
-}
-
-class AgentSpineTest : public vesk::e2e::HostFixture {
+class AgentSpineTest : public HostFixture {
   protected:
     void load() { loadPlugin(VESK_AGENT_PATH); }
     // Error lines other than the host's own.

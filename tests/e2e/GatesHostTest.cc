@@ -3,36 +3,25 @@
 // the station is integrated, the latch once it is, and the host's own implementers delaying or
 // stopping a write, each seen in the answers, the station's values and the agent's log.
 #include <gtest/gtest.h>
-#include <sys/wait.h>
 
 #include <cstdlib>
-#include <filesystem>
 #include <fstream>
-#include <nlohmann/json.hpp>
 #include <ostream>
 #include <sstream>
 #include <string>
 #include <vector>
 
+#include "e2e/HostFixture.h"
+
 namespace {
 
-using Json = nlohmann::ordered_json;
+using namespace vesk::e2e;
 
-const std::string kEnb = "ManagedElement=1,ENodeBFunction=1";
-const std::string kCell = kEnb + ",EUtranCellFDD=1";
 const std::string kNewCell = kEnb + ",EUtranCellFDD=9";
-const std::string kCellPath = "/ManagedElement/ENodeBFunction/EUtranCellFDD";
 const std::string kPhaseLine =
     "VeskMoImpl::IsDatabaseChangeAllowed()-> AI phase is 3, AI_completed not yet reached, "
     "checking MOM change exception cases.\n";
 const std::string kIcfLine = "VeskMoImpl::IsDatabaseChangeAllowed()-> AIM icf parsing ongoing\n";
-
-std::string slurp(const std::string& path) {
-    std::ifstream in(path);
-    std::stringstream text;
-    text << in.rdbuf();
-    return text.str();
-}
 
 size_t occurrences(const std::string& text, const std::string& part) {
     size_t count = 0;
@@ -77,21 +66,11 @@ std::vector<double> setDurations(const std::string& log) {
     return durations;
 }
 
-struct Outcome {
-    int status = -1;
-    std::vector<Json> answers;  // --json: one a line
-    std::string out;
-    std::string err;
-    std::string log;
-};
-
-class GatesHostTest : public ::testing::Test {
+class GatesHostTest : public ProgramFixture {
   protected:
     void SetUp() override {
         unsetenv("DOLM_NUM_OI_SETMOATTR_ATTEMPTS");
-        char pattern[] = "/tmp/vesk-gates-host-XXXXXX";
-        ASSERT_NE(mkdtemp(pattern), nullptr);
-        _dir = pattern;
+        ProgramFixture::SetUp();
         // The demo station's objects with the station still being integrated.
         std::string objects = slurp(VESK_DATA_DIR "/station/station-objects.xml");
         const std::string integrated = R"(name="AI_phase" type="3" value="4")";
@@ -99,40 +78,18 @@ class GatesHostTest : public ::testing::Test {
         ASSERT_NE(at, std::string::npos);
         objects.replace(at, integrated.size(), R"(name="AI_phase" type="3" value="3")");
         std::ofstream(_dir + "/objects.xml") << objects;
-        Outcome loaded = host("--load " VESK_DATA_DIR
-                              "/station/demo-station.xml "
-                              "--station-objects " +
-                              _dir + "/objects.xml");
+        Outcome loaded =
+            program("--state " + _dir +
+                    "/state --load " VESK_DATA_DIR "/station/demo-station.xml --station-objects " +
+                    _dir + "/objects.xml");
         ASSERT_EQ(loaded.status, 0) << loaded.err;
     }
-    void TearDown() override { std::filesystem::remove_all(_dir); }
-
-    Outcome host(const std::string& arguments) {
-        std::filesystem::remove(_dir + "/log");
-        std::string command = std::string(VESK_HOST_PATH) + " --state " + _dir + "/state " +
-                              "--log-file " + _dir + "/log " + arguments + " < /dev/null > " +
-                              _dir + "/out 2> " + _dir + "/err";
-        int raw = std::system(command.c_str());
-        Outcome outcome;
-        outcome.status = WIFEXITED(raw) ? WEXITSTATUS(raw) : -1;
-        outcome.out = slurp(_dir + "/out");
-        outcome.err = slurp(_dir + "/err");
-        outcome.log = slurp(_dir + "/log");
-        return outcome;
-    }
-    // Runs `commands` (";"-separated) with -c on the agent, answers in JSON.
+    // Runs `commands` (";"-separated) on the agent, answers in JSON, the log in the log file.
     Outcome run(const std::string& commands, const std::string& options,
                 const std::string& level = "info") {
-        Outcome o = host(std::string("--plugin ") + VESK_AGENT_PATH + " --json --log-level " +
-                         level + " " + options + " -c '" + commands + "'");
-        std::istringstream lines(o.out);
-        for (std::string line; std::getline(lines, line);) {
-            o.answers.push_back(Json::parse(line));
-        }
-        return o;
+        return agent(commands,
+                     "--json --log-file " + _dir + "/log --log-level " + level + " " + options);
     }
-
-    std::string _dir;
 };
 
 // One session of the operator's command line before the station is integrated, and which of a
@@ -160,14 +117,15 @@ TEST_P(GatesBelowIntegration, OnlyTheIntegrationAndTheNamedCasesPass) {
                         "get ManagedElement=1 rbsConfigLevel; exists " + kNewCell,
                     row.options);
     ASSERT_EQ(o.status, 0) << o.err;
-    ASSERT_EQ(o.answers.size(), 7u) << o.out << o.err;
+    const std::vector<Json> a = o.answers();
+    ASSERT_EQ(a.size(), 7u) << o.out << o.err;
     const bool passes[] = {row.userLabel, row.configLevel, row.create, false};
     for (int i = 0; i < 4; ++i) {
-        EXPECT_EQ(o.answers[i]["code"], passes[i] ? "OrlOk" : "OrlTryAgain") << o.answers[i].dump();
+        EXPECT_EQ(a[i]["code"], passes[i] ? "OrlOk" : "OrlTryAgain") << a[i].dump();
     }
-    EXPECT_EQ(o.answers[4]["result"]["userLabel"], row.userLabel ? Json("gated") : Json());
-    EXPECT_EQ(o.answers[5]["result"]["rbsConfigLevel"], "SITE_CONFIG_COMPLETE");
-    EXPECT_EQ(o.answers[6]["result"], row.create);
+    EXPECT_EQ(a[4]["result"]["userLabel"], row.userLabel ? Json("gated") : Json());
+    EXPECT_EQ(a[5]["result"]["rbsConfigLevel"], "SITE_CONFIG_COMPLETE");
+    EXPECT_EQ(a[6]["result"], row.create);
 
     // The gate logs the phase at each write it judges; each refusal names its phase.
     EXPECT_EQ(occurrences(o.log, kPhaseLine), 3u) << o.log;
@@ -195,18 +153,19 @@ TEST_F(GatesHostTest, ThePhaseReachingFourOpensSetsAndCreationsForTheRestOfTheRu
                 " userLabel; phase; phase 4; " + "delete " + kNewCell + "; exists " + kNewCell,
             "--protocol netconf");
     ASSERT_EQ(o.status, 0) << o.err;
-    ASSERT_EQ(o.answers.size(), 12u) << o.out << o.err;
-    EXPECT_EQ(o.answers[0]["code"], "OrlTryAgain");
-    EXPECT_EQ(o.answers[1]["notes"][0], "AI_phase set to 4");
-    EXPECT_EQ(o.answers[2]["code"], "OrlOk") << o.answers[2].dump();
-    EXPECT_EQ(o.answers[4]["code"], "OrlOk") << o.answers[4].dump();
-    EXPECT_EQ(o.answers[5]["code"], "OrlOk") << o.answers[5].dump();
+    const std::vector<Json> a = o.answers();
+    ASSERT_EQ(a.size(), 12u) << o.out << o.err;
+    EXPECT_EQ(a[0]["code"], "OrlTryAgain");
+    EXPECT_EQ(a[1]["notes"][0], "AI_phase set to 4");
+    EXPECT_EQ(a[2]["code"], "OrlOk") << a[2].dump();
+    EXPECT_EQ(a[4]["code"], "OrlOk") << a[4].dump();
+    EXPECT_EQ(a[5]["code"], "OrlOk") << a[5].dump();
     // Deletion reads the phase each time and knows no latch.
-    EXPECT_EQ(o.answers[6]["code"], "OrlTryAgain");
-    EXPECT_EQ(o.answers[7]["result"]["userLabel"], "latched");
-    EXPECT_EQ(o.answers[8]["result"], 3);
-    EXPECT_EQ(o.answers[10]["code"], "OrlOk") << o.answers[10].dump();
-    EXPECT_EQ(o.answers[11]["result"], false);
+    EXPECT_EQ(a[6]["code"], "OrlTryAgain");
+    EXPECT_EQ(a[7]["result"]["userLabel"], "latched");
+    EXPECT_EQ(a[8]["result"], 3);
+    EXPECT_EQ(a[10]["code"], "OrlOk") << a[10].dump();
+    EXPECT_EQ(a[11]["result"], false);
 
     // Once latched the phase is not read again for sets and creations: one line, one refusal.
     EXPECT_EQ(occurrences(o.log, kPhaseLine), 1u) << o.log;
@@ -223,10 +182,11 @@ TEST_F(GatesHostTest, ImplementersDelayOrStopAWrite) {
                         " userLabel south; oi show 1; get " + kCell + " userLabel",
                     "--protocol netconf", "trace");
     ASSERT_EQ(o.status, 0) << o.err;
-    ASSERT_EQ(o.answers.size(), 12u) << o.out << o.err;
+    const std::vector<Json> a = o.answers();
+    ASSERT_EQ(a.size(), 12u) << o.out << o.err;
     // Two waits of half a second, then the write goes through; without waits it is quick.
-    EXPECT_EQ(o.answers[2]["code"], "OrlOk") << o.answers[2].dump();
-    EXPECT_EQ(o.answers[4]["code"], "OrlOk") << o.answers[4].dump();
+    EXPECT_EQ(a[2]["code"], "OrlOk") << a[2].dump();
+    EXPECT_EQ(a[4]["code"], "OrlOk") << a[4].dump();
     std::vector<double> durations = setDurations(o.log);
     ASSERT_EQ(durations.size(), 4u) << o.log;
     EXPECT_GE(durations[0], 0.8);
@@ -238,18 +198,18 @@ TEST_F(GatesHostTest, ImplementersDelayOrStopAWrite) {
               2u);
 
     // A class implementer's refusal stops the write and tells the operator why.
-    EXPECT_EQ(o.answers[6]["code"], "OrlValidationFailed");
-    EXPECT_EQ(o.answers[6]["messages"], Json::array({"vesk-host-oi-2 refused setMoAttribute of " +
-                                                     kCell + " userLabel: OrlValidationFailed"}));
+    EXPECT_EQ(a[6]["code"], "OrlValidationFailed");
+    EXPECT_EQ(a[6]["messages"], Json::array({"vesk-host-oi-2 refused setMoAttribute of " + kCell +
+                                             " userLabel: OrlValidationFailed"}));
     EXPECT_EQ(occurrences(o.log,
                           "VeskMoImpl::checkSetMoAttributeClassOI(): Object "
                           "Implementer's setMoAttribute() returned failure: -9\n"),
               1u);
     // A dn implementer's refusal is only heard: the write stands.
-    EXPECT_EQ(o.answers[9]["code"], "OrlOk") << o.answers[9].dump();
-    EXPECT_EQ(o.answers[9]["messages"].size(), 1u);
+    EXPECT_EQ(a[9]["code"], "OrlOk") << a[9].dump();
+    EXPECT_EQ(a[9]["messages"].size(), 1u);
 
-    const Json& seen = o.answers[10]["result"];
+    const Json& seen = a[10]["result"];
     ASSERT_EQ(seen.size(), 6u) << seen.dump();
     const char* answers[] = {"OrlTryAgain", "OrlTryAgain", "OrlOk", "OrlOk", "OrlOk", "OrlFailure"};
     const char* values[] = {"west", "west", "west", "east", "north", "south"};
@@ -257,14 +217,13 @@ TEST_F(GatesHostTest, ImplementersDelayOrStopAWrite) {
         EXPECT_EQ(seen[i]["answer"], answers[i]) << i;
         EXPECT_EQ(seen[i]["value"], values[i]) << i;
     }
-    EXPECT_EQ(o.answers[11]["result"]["userLabel"], "south");
+    EXPECT_EQ(a[11]["result"]["userLabel"], "south");
 }
 
 TEST_F(GatesHostTest, TheTextAnswersShowRefusalsAndOperatorMessages) {
-    Outcome o = host(std::string("--plugin ") + VESK_AGENT_PATH +
-                     " --protocol netconf --log-level error -c 'set " + kCell +
-                     " userLabel x; phase 4; oi add class " + kCellPath + " fail -9; delete " +
-                     kNewCell + "; phase 4x; phase'");
+    Outcome o = agent("set " + kCell + " userLabel x; phase 4; oi add class " + kCellPath +
+                          " fail -9; delete " + kNewCell + "; phase 4x; phase",
+                      "--protocol netconf --log-level error");
     ASSERT_EQ(o.status, 0) << o.err;
     std::string refusal = "OrlTryAgain: cannot set userLabel of " + kCell + "\n";
     EXPECT_EQ(o.out.find(refusal), 0u) << o.out;

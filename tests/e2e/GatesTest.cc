@@ -7,14 +7,11 @@
 #include <algorithm>
 #include <cstdlib>
 #include <deque>
-#include <filesystem>
-#include <memory>
 #include <string>
 #include <tuple>
 #include <vector>
 
-#include "host/Host.h"
-#include "host/model/StationLoader.h"
+#include "e2e/HostFixture.h"
 #include "platform/DBObject.h"
 #include "platform/IDatabase.h"
 #include "platform/Logger.h"
@@ -23,14 +20,11 @@
 
 namespace {
 
+using namespace vesk::e2e;
 using vesk::host::Host;
 using vesk::log::LogCapture;
 typedef OrlOamSpiManagedObject_3 Mo;
 
-const std::string kData = VESK_DATA_DIR;
-const std::string kEnb = "ManagedElement=1,ENodeBFunction=1";
-const std::string kCell1 = kEnb + ",EUtranCellFDD=1";
-const std::string kCellPath = "/ManagedElement/ENodeBFunction/EUtranCellFDD";
 const char* const kAttempts = "DOLM_NUM_OI_SETMOATTR_ATTEMPTS";
 
 // What the test implementers saw, in call order: "<id>:<operation>:<details>".
@@ -110,22 +104,11 @@ typedef Implementer<1> DnOI;
 typedef Implementer<2> ClassOI;
 typedef Implementer<3> OtherClassOI;
 
-class GatesTest : public ::testing::Test {
+class GatesTest : public HostFixture {
   protected:
     void SetUp() override {
-        char pattern[] = "/tmp/vesk-gates-XXXXXX";
-        ASSERT_NE(mkdtemp(pattern), nullptr);
-        _dir = pattern;
-        _host.reset(new Host);
-        std::string error;
-        ASSERT_TRUE(_host->openState(_dir, &error)) << error;
-        ASSERT_TRUE(_host->loadModel(kData + "/model", &error)) << error;
-        vesk::host::model::StationLoader loader(*_host->model());
-        ASSERT_TRUE(loader.load(kData + "/station/demo-station.xml",
-                                kData + "/station/station-objects.xml", &error))
-            << error;
-        ASSERT_EQ(_host->load(VESK_AGENT_PATH, &error), Host::kLoaded) << error;
-        ASSERT_EQ(_host->start(), OrlOk);
+        HostFixture::SetUp();
+        ASSERT_NO_FATAL_FAILURE(startOnStation(VESK_AGENT_PATH));
         void* record = nullptr;
         ASSERT_EQ(_host->portal().getInterface("VESKCMSAcomponent",
                                                "OrlOamSpiRegisterObjectImplementer", "2", &record),
@@ -140,9 +123,9 @@ class GatesTest : public ::testing::Test {
         vesk::station::setTimeScale(0);
     }
     void TearDown() override {
-        _host->closeSession();
-        _host.reset();
-        std::filesystem::remove_all(_dir);
+        if (_host)
+            _host->closeSession();
+        HostFixture::TearDown();
         unsetenv(kAttempts);
         vesk::station::setTimeScale(1);
     }
@@ -150,11 +133,6 @@ class GatesTest : public ::testing::Test {
         ASSERT_NE(IDatabase::setAttribute("OAM", 1, "AI_phase", AttributeVariant(phase), false,
                                           IPCData::AVT_INT32, false, 0),
                   0);
-    }
-    OrlTxHandleT begin() {
-        OrlTxHandleT tx = 0;
-        EXPECT_EQ(_host->begin(&tx), OrlOk);
-        return tx;
     }
     // Sets an enumeration attribute whose value does not fit the older 16-bit form.
     OrlReturnT setEnum(OrlTxHandleT tx, const std::string& dn, const char* attr) {
@@ -184,8 +162,6 @@ class GatesTest : public ::testing::Test {
                                         path.c_str());
     }
 
-    std::string _dir;
-    std::unique_ptr<Host> _host;
     OrlOamSpiRegisterObjectImplementer_2* _register = nullptr;
 };
 
@@ -238,9 +214,9 @@ TEST_P(GateTableTest, RefusesWithTryAgainAndSaysWhy) {
         case kSetTac:
         case kSetLevel: {
             const char* attr = op == kSetTac ? "tac" : "rbsConfigLevel";
-            rc = setUInt(tx, kCell1, attr, 7);
+            rc = setUInt(tx, kCell, attr, 7);
             refusal = std::string("VeskMoImpl::setMoAttribute(): Cannot set attribute ") + attr +
-                      ", MO " + kCell1 + ", AI_phase is " + phase + " ";
+                      ", MO " + kCell + ", AI_phase is " + phase + " ";
             break;
         }
         case kCreate:
@@ -249,7 +225,7 @@ TEST_P(GateTableTest, RefusesWithTryAgainAndSaysWhy) {
                       ",EUtranCellFDD', AI_phase is " + phase + " ";
             break;
         case kDelete:
-            rc = _host->callAgent(&Mo::deleteMo, tx, kCell1.c_str());
+            rc = _host->callAgent(&Mo::deleteMo, tx, kCell.c_str());
             refusal = "VeskMoImpl::deleteMo(): Cannot delete MO, AI_phase is " + phase + " ";
             break;
     }
@@ -280,25 +256,9 @@ INSTANTIATE_TEST_SUITE_P(PhaseProtocolUser, GateTableTest,
                                     kOpNames[std::get<1>(info.param)];
                          });
 
-TEST_F(GatesTest, OnceIntegratedSetAndCreateStayOpenButDeleteReadsThePhase) {
-    setPhase(4);
-    OrlTxHandleT tx = begin();
-    EXPECT_NE(setUInt(tx, kCell1, "tac", 7), OrlTryAgain);
-    setPhase(1);
-    _host->openSession(vesk::host::kProtocolCli, "oper");
-    LogCapture log;
-    EXPECT_NE(setUInt(tx, kCell1, "tac", 8), OrlTryAgain);
-    EXPECT_NE(create(tx, "EUtranCellFDD", "9"), OrlTryAgain);
-    EXPECT_EQ(log.countContaining("IsDatabaseChangeAllowed"), 0u);
-    EXPECT_EQ(_host->callAgent(&Mo::deleteMo, tx, kCell1.c_str()), OrlTryAgain);
-    EXPECT_EQ(log.count("VeskMoImpl::deleteMo(): Cannot delete MO, AI_phase is 1 ", VESK_LOG_ERROR),
-              1u);
-    _host->abort(tx);
-}
-
 TEST_F(GatesTest, ImplementersAreJoinedAndAskedDnFirstThenClassesInAddressOrder) {
     setPhase(4);
-    ASSERT_EQ(registerDn<1>(kCell1), OrlOk);
+    ASSERT_EQ(registerDn<1>(kCell), OrlOk);
     ASSERT_EQ(registerClass<2>(kCellPath), OrlOk);
     ASSERT_EQ(registerClass<3>(kCellPath), OrlOk);
     ASSERT_EQ(registerClass<2>(kCellPath + "/Other"), OrlOk);  // another path: never asked
@@ -307,12 +267,12 @@ TEST_F(GatesTest, ImplementersAreJoinedAndAskedDnFirstThenClassesInAddressOrder)
     DnOI::behaviour.join = OrlAlreadyJoined;
     OrlTxHandleT tx = begin();
     LogCapture log;
-    EXPECT_NE(setEnum(tx, kCell1, "administrativeState"), OrlTryAgain);
+    EXPECT_NE(setEnum(tx, kCell, "administrativeState"), OrlTryAgain);
 
     const bool twoFirst = &ClassOI::tx < reinterpret_cast<void*>(&OtherClassOI::tx);
     const std::string a = twoFirst ? "2" : "3", b = twoFirst ? "3" : "2";
-    const std::string dnSet = "1:set:" + kCell1 + ":administrativeState=65541";
-    const std::string classSet = ":set:" + kCell1 + ":administrativeState=5";
+    const std::string dnSet = "1:set:" + kCell + ":administrativeState=65541";
+    const std::string classSet = ":set:" + kCell + ":administrativeState=5";
     const std::vector<std::string> expected = {
         "1:join", dnSet, dnSet, dnSet, a + ":join", b + ":join", a + classSet, b + classSet};
     EXPECT_EQ(g_calls, expected);
@@ -330,27 +290,27 @@ TEST_F(GatesTest, ImplementersAreJoinedAndAskedDnFirstThenClassesInAddressOrder)
 
 TEST_F(GatesTest, DnImplementerOnlyDelaysAWriteWhileAClassImplementerStopsIt) {
     setPhase(4);
-    ASSERT_EQ(registerDn<1>(kCell1), OrlOk);
+    ASSERT_EQ(registerDn<1>(kCell), OrlOk);
     ASSERT_EQ(registerClass<2>(kCellPath), OrlOk);
     setenv(kAttempts, "3", 1);
     DnOI::behaviour.setDefault = OrlTryAgain;  // never gives in
     ClassOI::behaviour.setDefault = OrlValidationFailed;
     OrlTxHandleT tx = begin();
     LogCapture log;
-    EXPECT_EQ(setEnum(tx, kCell1, "administrativeState"), OrlValidationFailed);
-    EXPECT_EQ(std::count(g_calls.begin(), g_calls.end(),
-                         "1:set:" + kCell1 + ":administrativeState=65541"),
-              3);
+    EXPECT_EQ(setEnum(tx, kCell, "administrativeState"), OrlValidationFailed);
+    EXPECT_EQ(
+        std::count(g_calls.begin(), g_calls.end(), "1:set:" + kCell + ":administrativeState=65541"),
+        3);
     EXPECT_EQ(log.count("Object Implementer's setMoAttribute() returned failure:1", VESK_LOG_ERROR),
               1u);
-    EXPECT_EQ(g_calls.back(), "2:set:" + kCell1 + ":administrativeState=5");
+    EXPECT_EQ(g_calls.back(), "2:set:" + kCell + ":administrativeState=5");
     EXPECT_EQ(log.count("VeskMoImpl::checkSetMoAttributeClassOI(): Object Implementer's "
                         "setMoAttribute() returned failure: -9",
                         VESK_LOG_ERROR),
               1u);
     EXPECT_EQ(log.count("VeskMoImpl::setMoAttribute - Unable to set attribute administrativeState "
                         "to " +
-                            kCell1 + " - txHandle: " + std::to_string(tx) + " return: -9",
+                            kCell + " - txHandle: " + std::to_string(tx) + " return: -9",
                         VESK_LOG_INFO),
               1u);
 
@@ -358,7 +318,7 @@ TEST_F(GatesTest, DnImplementerOnlyDelaysAWriteWhileAClassImplementerStopsIt) {
     ClassOI::behaviour.setDefault = OrlTryAgain;
     DnOI::behaviour.setDefault = OrlOk;
     g_calls.clear();
-    EXPECT_EQ(setEnum(tx, kCell1, "administrativeState"), OrlTryAgain);
+    EXPECT_EQ(setEnum(tx, kCell, "administrativeState"), OrlTryAgain);
     EXPECT_EQ(log.count("VeskMoImpl::checkSetMoAttributeClassOI(): Object Implementer's "
                         "setMoAttribute() returned: 1...delaying 0,5 sec before continuing.",
                         VESK_LOG_INFO),
@@ -367,20 +327,20 @@ TEST_F(GatesTest, DnImplementerOnlyDelaysAWriteWhileAClassImplementerStopsIt) {
     // Not a number: 200 attempts. Zero: the implementer is not called and the write fails.
     setenv(kAttempts, "abc", 1);
     g_calls.clear();
-    EXPECT_EQ(setEnum(tx, kCell1, "administrativeState"), OrlTryAgain);
+    EXPECT_EQ(setEnum(tx, kCell, "administrativeState"), OrlTryAgain);
     EXPECT_EQ(
-        std::count(g_calls.begin(), g_calls.end(), "2:set:" + kCell1 + ":administrativeState=5"),
+        std::count(g_calls.begin(), g_calls.end(), "2:set:" + kCell + ":administrativeState=5"),
         200);
     setenv(kAttempts, "0", 1);
     g_calls.clear();
-    EXPECT_EQ(setEnum(tx, kCell1, "administrativeState"), OrlTryAgain);
+    EXPECT_EQ(setEnum(tx, kCell, "administrativeState"), OrlTryAgain);
     EXPECT_EQ(g_calls, (std::vector<std::string>{"1:join", "2:join"}));
 
     // A class implementer that cannot join stops the write before anything is asked.
     setenv(kAttempts, "3", 1);
     ClassOI::behaviour.join = OrlFailure;
     g_calls.clear();
-    EXPECT_EQ(setEnum(tx, kCell1, "administrativeState"), OrlFailure);
+    EXPECT_EQ(setEnum(tx, kCell, "administrativeState"), OrlFailure);
     EXPECT_EQ(g_calls.back(), "2:join");
     EXPECT_EQ(log.count("VeskMoImpl::checkSetMoAttributeClassOI(): Failed(-1) to join Object "
                         "Implementer in transaction.",
@@ -397,10 +357,10 @@ TEST_F(GatesTest, CreateAndDeleteGoToTheClassImplementerOfTheirPath) {
     ClassOI::behaviour.remove = OrlValidationFailed;
     LogCapture log;
     EXPECT_EQ(create(tx, "EUtranCellFDD", "9"), OrlValidationFailed);
-    EXPECT_EQ(_host->callAgent(&Mo::deleteMo, tx, kCell1.c_str()), OrlValidationFailed);
+    EXPECT_EQ(_host->callAgent(&Mo::deleteMo, tx, kCell.c_str()), OrlValidationFailed);
     EXPECT_EQ(g_calls, (std::vector<std::string>{"2:create:" + kEnb + ",EUtranCellFDD=9",
-                                                 "2:delete:" + kCell1}));
-    EXPECT_EQ(log.count("VeskMoImpl::deleteMo - Unable to deleteMo dn " + kCell1 +
+                                                 "2:delete:" + kCell}));
+    EXPECT_EQ(log.count("VeskMoImpl::deleteMo - Unable to deleteMo dn " + kCell +
                             " - txHandle: " + std::to_string(tx) + " return: -9",
                         VESK_LOG_ERROR),
               1u);
@@ -410,9 +370,9 @@ TEST_F(GatesTest, CreateAndDeleteGoToTheClassImplementerOfTheirPath) {
     ClassOI::behaviour = Behaviour();
     g_calls.clear();
     EXPECT_EQ(create(4242, "EUtranCellFDD", "9"), OrlOk);
-    EXPECT_EQ(_host->callAgent(&Mo::deleteMo, 4242, kCell1.c_str()), OrlOk);
+    EXPECT_EQ(_host->callAgent(&Mo::deleteMo, 4242, kCell.c_str()), OrlOk);
     EXPECT_EQ(g_calls.size(), 2u);
-    EXPECT_EQ(setEnum(4242, kCell1, "administrativeState"), OrlNotExist);
+    EXPECT_EQ(setEnum(4242, kCell, "administrativeState"), OrlNotExist);
     EXPECT_EQ(g_calls.size(), 2u);
     _host->abort(tx);
 }
@@ -476,25 +436,25 @@ TEST_F(GatesTest, RegistrationChecksVersionsKeepsPairsOnceAndWarnsOnUnknownPairs
                         "TxResource interface {TestOI1,OrlOamSpiTransactionalResource,2}",
                         VESK_LOG_WARNING),
               1u);
-    EXPECT_EQ(_register->registerDn(ClassOI::mo.header, ClassOI::tx.header, kCell1.c_str()), OrlOk);
+    EXPECT_EQ(_register->registerDn(ClassOI::mo.header, ClassOI::tx.header, kCell.c_str()), OrlOk);
     EXPECT_EQ(log.count("Received Object Implementer Dn registration for unsupported interface "
                         "versions. Registration ignored.",
                         VESK_LOG_WARNING),
               1u);
     OrlTxHandleT tx = begin();
-    setEnum(tx, kCell1, "administrativeState");
+    setEnum(tx, kCell, "administrativeState");
     EXPECT_TRUE(g_calls.empty());
 
     // Twice the same pair: one element, asked once; one unregistration removes it.
-    ASSERT_EQ(registerDn<1>(kCell1), OrlOk);
-    ASSERT_EQ(registerDn<1>(kCell1), OrlOk);
-    setEnum(tx, kCell1, "administrativeState");
+    ASSERT_EQ(registerDn<1>(kCell), OrlOk);
+    ASSERT_EQ(registerDn<1>(kCell), OrlOk);
+    setEnum(tx, kCell, "administrativeState");
     EXPECT_EQ(g_calls.size(), 2u);
-    EXPECT_EQ(_register->unRegisterDn(DnOI::mo.header, DnOI::tx.header, kCell1.c_str()), OrlOk);
+    EXPECT_EQ(_register->unRegisterDn(DnOI::mo.header, DnOI::tx.header, kCell.c_str()), OrlOk);
     g_calls.clear();
-    setEnum(tx, kCell1, "administrativeState");
+    setEnum(tx, kCell, "administrativeState");
     EXPECT_TRUE(g_calls.empty());
-    EXPECT_EQ(_register->unRegisterDn(DnOI::mo.header, DnOI::tx.header, kCell1.c_str()), OrlOk);
+    EXPECT_EQ(_register->unRegisterDn(DnOI::mo.header, DnOI::tx.header, kCell.c_str()), OrlOk);
     EXPECT_EQ(log.count("Received Object Implementer Dn unregistration but no registered dn and "
                         "interface pair is found for TxResource interface",
                         VESK_LOG_WARNING),
@@ -520,7 +480,7 @@ TEST_F(GatesTest, RegistrationChecksVersionsKeepsPairsOnceAndWarnsOnUnknownPairs
         1u);
     _host->portal().clearRefusals();
     g_calls.clear();
-    setEnum(tx, kCell1, "administrativeState");
+    setEnum(tx, kCell, "administrativeState");
     EXPECT_TRUE(g_calls.empty());
     _host->abort(tx);
 }

@@ -2,81 +2,36 @@
 // demo station: answers in the model's terms (parsed back from --json), transactions, bad
 // input, --strict exit statuses, and a transaction left open at exit.
 #include <gtest/gtest.h>
-#include <sys/wait.h>
 
-#include <cstdlib>
-#include <filesystem>
 #include <fstream>
-#include <nlohmann/json.hpp>
 #include <sstream>
 #include <string>
 #include <vector>
 
+#include "e2e/HostFixture.h"
+
 namespace {
 
-using Json = nlohmann::ordered_json;
+using namespace vesk::e2e;
 
-const std::string kEnb = "ManagedElement=1,ENodeBFunction=1";
-const std::string kCell = kEnb + ",EUtranCellFDD=1";
 const std::string kFrequency = kEnb + ",EUtraNetwork=1,EUtranFrequency=1";
 const std::string kRelation = kCell + ",EUtranFreqRelation=1";
-// Logged by the agent while its reads and transactions are still to come.
 
-struct Outcome {
-    int status;
-    std::string out;
-    std::string err;
-    // The JSON answers of standard output, one a line.
-    std::vector<Json> answers() const {
-        std::vector<Json> result;
-        std::istringstream lines(out);
-        for (std::string line; std::getline(lines, line);) {
-            result.push_back(Json::parse(line));
-        }
-        return result;
-    }
-};
-
-std::string slurp(const std::string& path) {
-    std::ifstream in(path);
-    std::stringstream text;
-    text << in.rdbuf();
-    return text.str();
-}
-
-std::string quote(const std::string& text) {
-    return "'" + text + "'";
-}
-
-class HostCliTest : public ::testing::Test {
+class HostCliTest : public ProgramFixture {
   protected:
     void SetUp() override {
-        char pattern[] = "/tmp/vesk-cli-e2e-XXXXXX";
-        ASSERT_NE(mkdtemp(pattern), nullptr);
-        _dir = pattern;
+        ProgramFixture::SetUp();
         Outcome loaded = host("--load " VESK_DATA_DIR "/station/demo-station.xml");
         ASSERT_EQ(loaded.status, 0) << loaded.err;
     }
-    void TearDown() override { std::filesystem::remove_all(_dir); }
-
     // Runs vesk-host on the demo station with `arguments`, input from `input` (or none).
     Outcome host(const std::string& arguments, const std::string& input = "") {
-        std::string in = _dir + "/in";
-        std::ofstream(in) << input;
-        std::string command = std::string(VESK_HOST_PATH) + " --state " + _dir + "/state " +
-                              "--log-level warning " + arguments + " < " + in + " > " + _dir +
-                              "/out 2> " + _dir + "/err";
-        int raw = std::system(command.c_str());
-        int status = WIFEXITED(raw) ? WEXITSTATUS(raw) : -1;
-        return Outcome{status, slurp(_dir + "/out"), slurp(_dir + "/err")};
+        return program("--state " + _dir + "/state --log-level warning " + arguments, input);
     }
     // Runs `commands` with -c on the agent.
     Outcome run(const std::string& commands, const std::string& options = "") {
-        return host(std::string("--plugin ") + VESK_AGENT_PATH + " " + options + " -c " +
-                    quote(commands));
+        return agent(commands, "--log-level warning " + options);
     }
-
-    std::string _dir;
 };
 
 TEST_F(HostCliTest, ReadsShowValuesInTheModelsTerms) {

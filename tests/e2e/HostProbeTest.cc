@@ -1,9 +1,8 @@
-// The host driven through its C++ API with the probe plug-in loaded: lifecycle, interface
-// fetches, re-entrant registration, sessions, operator messages and the transaction order.
+// The host driven through its C++ API and its shell with the probe plug-in loaded: lifecycle,
+// interface fetches, re-entrant registration, sessions, operator messages, the transaction order,
+// and the write commands with the host's own object implementers.
 #include <gtest/gtest.h>
 
-#include <cstdlib>
-#include <filesystem>
 #include <string>
 #include <thread>
 #include <vector>
@@ -13,7 +12,7 @@
 
 namespace {
 
-using vesk::host::Host;
+using namespace vesk::e2e;
 
 // One participant of the test's own, recording what the coordinator calls.
 struct Recorder {
@@ -41,28 +40,15 @@ OrlOamSpiTransactionalResource_2 g_recorder = {
     Recorder::finish,
     Recorder::validate};
 
-class HostProbeTest : public vesk::e2e::HostFixture {
+class HostProbeTest : public HostFixture {
   protected:
     void SetUp() override {
         HostFixture::SetUp();
         if (HasFatalFailure())
             return;
-        load();
+        loadPlugin(VESK_PROBE_PATH);
         Recorder::calls.clear();
         Recorder::commitAnswer = OrlOk;
-    }
-    void load() { loadPlugin(VESK_PROBE_PATH); }
-    // Everything the probe noted since the last call, then forgets it.
-    std::string journal() {
-        auto read = reinterpret_cast<const char* (*)()>(_host->pluginSymbol("probe_journal"));
-        auto clear = reinterpret_cast<void (*)()>(_host->pluginSymbol("probe_clear"));
-        std::string text = read();
-        clear();
-        return text;
-    }
-    void answer(const char* name, int value) {
-        auto set = reinterpret_cast<void (*)(const char*, int)>(_host->pluginSymbol("probe_set"));
-        set(name, value);
     }
     OrlReturnT addRecorder(OrlTxHandleT tx) {
         void* record = nullptr;
@@ -72,8 +58,6 @@ class HostProbeTest : public vesk::e2e::HostFixture {
         return static_cast<OrlOamSpiTransaction_2*>(record)->registerParticipant(tx, &g_recorder);
     }
 };
-
-using Names = std::vector<std::string>;
 
 TEST_F(HostProbeTest, LifecycleStartsBothComponentsAndStopsThemInReverse) {
     EXPECT_EQ(journal(), "init;");
@@ -119,30 +103,9 @@ TEST_F(HostProbeTest, TerminateBeforeStartUnregistersWithoutStarting) {
     EXPECT_EQ(journal(), "");
 }
 
-TEST_F(HostProbeTest, ComponentRecordsAreReachableByComponentName) {
-    ASSERT_EQ(_host->start(), OrlOk);
-    void* record = nullptr;
-    ASSERT_EQ(_host->portal().getInterface("PROBEOIcomponent", "OrlOamSpiTransactionalResource",
-                                           "2", &record),
-              OrlOk);
-    auto* oiTx = static_cast<OrlOamSpiTransactionalResource_2*>(record);
-    EXPECT_STREQ(oiTx->header.componentName, "PROBEOIcomponent");
-    EXPECT_EQ(_host->portal().getInterface("PROBEOIcomponent", "OrlOamSpiTransactionalResource",
-                                           "3", &record),
-              OrlNotExist);
-
-    void** array = nullptr;
-    ASSERT_EQ(_host->portal().getInterfaceArray("OrlOamSpiManagedObject", "3", &array), OrlOk);
-    ASSERT_NE(array[0], nullptr);
-    ASSERT_NE(array[1], nullptr);
-    EXPECT_EQ(array[2], nullptr);
-    EXPECT_EQ(array[0], _host->agentManagedObject());
-    EXPECT_STREQ(static_cast<OrlMgmtSpiInterface_1*>(array[1])->componentName, "PROBEOIcomponent");
-}
-
 TEST_F(HostProbeTest, RefusedFetchAtEachStepFailsStartUntilAllowed) {
-    const vesk::e2e::Fetch* steps = vesk::e2e::kStartFetches;
-    for (int step = 0; step < vesk::e2e::kStartFetchCount; ++step) {
+    const Fetch* steps = kStartFetches;
+    for (int step = 0; step < kStartFetchCount; ++step) {
         SCOPED_TRACE(step + 1);
         _host->refuseInterface(steps[step].service, steps[step].interfaceName, steps[step].version,
                                -7);
@@ -198,12 +161,6 @@ TEST_F(HostProbeTest, SessionsReachThePluginAndMessagesStayWithTheirThread) {
 
     EXPECT_EQ(_host->closeSession(), OrlOk);
     EXPECT_EQ(_host->closeSession(), OrlNotExist);
-    journal();
-    _host->stop();
-    journal();
-    _host->openSession(vesk::host::kProtocolCli, "operator");
-    _host->closeSession();
-    EXPECT_EQ(journal(), "") << "callbacks were unregistered at stop";
 }
 
 TEST_F(HostProbeTest, CoordinatorDrivesParticipantsInOrderAndAbortsAllOnFailure) {
@@ -265,6 +222,90 @@ TEST_F(HostProbeTest, DiscardAndFailedJoinEndTheTransaction) {
     t = std::to_string(tx);
     EXPECT_EQ(journal(), "join " + t + ";abort " + t + ";oi.abort " + t + ";finish " + t + ";");
     EXPECT_FALSE(_host->transactions().isOpen(tx));
+}
+
+// The write commands of the host's shell with the probe: what the plug-in is asked, its refusals
+// and operator messages as the operator sees them, registration through the plug-in's record.
+class ProbeWriteTest : public HostFixture {
+  protected:
+    void SetUp() override {
+        HostFixture::SetUp();
+        ASSERT_NO_FATAL_FAILURE(startOnStation(VESK_PROBE_PATH, false));
+        openShell();
+        journal();
+    }
+};
+
+TEST_F(ProbeWriteTest, RefusalsShowTheCodeByNameAndTheOperatorMessages) {
+    answer("set", OrlValidationFailed);
+    Json refused = run("set " + kCell + " userLabel \"east cell\"");
+    EXPECT_EQ(refused["code"], "OrlValidationFailed");
+    EXPECT_EQ(refused["rc"], OrlValidationFailed);
+    EXPECT_EQ(refused["ok"], false);
+    EXPECT_EQ(refused["error"], "cannot set userLabel of " + kCell);
+    EXPECT_EQ(refused["messages"], Json::array({"probe saw userLabel"}));
+    std::string seen = journal();
+    EXPECT_NE(seen.find("set 1 " + kCell + " userLabel by operator/2;abort 1"), std::string::npos)
+        << seen;
+
+    // The same answer for people.
+    openShell(false);
+    EXPECT_EQ(runText("set " + kCell + " userLabel x"),
+              "OrlValidationFailed: cannot set userLabel of " + kCell +
+                  "\nmessage: probe saw userLabel\n");
+    answer("set", OrlOk);
+    EXPECT_EQ(runText("set " + kCell + " userLabel x"), "OrlOk\nmessage: probe saw userLabel\n");
+}
+
+TEST_F(ProbeWriteTest, InputThatDoesNotFitIsRefusedBeforeThePlugInIsAsked) {
+    const std::string commands[] = {
+        "set " + kCell + " administrativeState OPEN",
+        "set " + kCell + " cellId 1 2",
+        "set " + kCell + " colour red",
+        "set ManagedElement=1,EUtranCellFDD=1 userLabel x",
+        "create " + kEnb + " EUtranCellFDD",
+        "create " + kEnb + " Nothing=3",
+        "create " + kEnb + " EUtranCellFDD=3 cellId=many",
+        "create " + kEnb + " EUtranCellFDD=3 cellId",
+        "delete " + kEnb + ",",
+        "oi add dn " + kCell + " sometimes",
+    };
+    for (const std::string& command : commands) {
+        Json refused = run(command);
+        EXPECT_EQ(refused["ok"], false) << command;
+        EXPECT_FALSE(refused.contains("code")) << command;
+    }
+    EXPECT_EQ(journal(), "");
+}
+
+TEST_F(ProbeWriteTest, ImplementersRegisterThroughThePlugInsRecordAndLeaveCleanly) {
+    size_t components = _host->components().size();
+    Json added = run("oi add class /ManagedElement/ENodeBFunction tryagain 2");
+    ASSERT_EQ(added["code"], "OrlOk") << added.dump();
+    EXPECT_EQ(added["result"]["behaviour"], "tryagain 2");
+    // The probe fetched both records back through the portal by their triples.
+    EXPECT_EQ(journal(), "register-class /ManagedElement/ENodeBFunction 0;");
+    EXPECT_EQ(_host->components().size(), components + 1);
+    Json listed = run("oi list");
+    ASSERT_EQ(listed["result"].size(), 1u);
+    EXPECT_EQ(listed["result"][0]["scope"], "class");
+    int id = listed["result"][0]["id"];
+
+    // The probe takes no dn implementers: nothing is left of the attempt.
+    Json refused = run("oi add dn " + kCell + " ok");
+    EXPECT_EQ(refused["code"], "OrlNotExist");
+    EXPECT_EQ(run("oi list")["result"].size(), 1u);
+    EXPECT_EQ(_host->components().size(), components + 1);
+
+    EXPECT_EQ(run("oi set " + std::to_string(id) + " fail OrlFailure")["result"]["behaviour"],
+              "fail OrlFailure");
+    // The probe cannot unregister either; the implementer goes all the same.
+    Json removed = run("oi remove " + std::to_string(id));
+    EXPECT_EQ(removed["code"], "OrlNotExist");
+    EXPECT_EQ(run("oi list")["result"], Json::array());
+    EXPECT_EQ(_host->components().size(), components);
+    EXPECT_EQ(run("oi show " + std::to_string(id))["error"],
+              "no implementer '" + std::to_string(id) + "'");
 }
 
 }  // namespace

@@ -3,53 +3,27 @@
 // abort and finish.
 #include <gtest/gtest.h>
 
-#include <cstdlib>
-#include <filesystem>
-#include <memory>
 #include <string>
 
-#include "host/Host.h"
-#include "host/model/StationLoader.h"
+#include "e2e/HostFixture.h"
 #include "platform/IDatabase.h"
 #include "platform/Logger.h"
 #include "station/log/LogControl.h"
 
 namespace {
 
-using vesk::host::Host;
+using namespace vesk::e2e;
 using vesk::log::LogCapture;
 typedef OrlOamSpiManagedObject_3 Mo;
 
-const std::string kData = VESK_DATA_DIR;
-const std::string kEnb = "ManagedElement=1,ENodeBFunction=1";
-const std::string kCell1 = kEnb + ",EUtranCellFDD=1";
-const std::string kRelation = kCell1 + ",EUtranFreqRelation=1";
+const std::string kRelation = kCell + ",EUtranFreqRelation=1";
 
-class ReadPathTest : public ::testing::Test {
+class ReadPathTest : public HostFixture {
   protected:
     void SetUp() override {
-        char pattern[] = "/tmp/vesk-read-path-XXXXXX";
-        ASSERT_NE(mkdtemp(pattern), nullptr);
-        _dir = pattern;
-        _host.reset(new Host);
-        std::string error;
-        ASSERT_TRUE(_host->openState(_dir, &error)) << error;
-        ASSERT_TRUE(_host->loadModel(kData + "/model", &error)) << error;
-        vesk::host::model::StationLoader loader(*_host->model());
-        ASSERT_TRUE(loader.load(kData + "/station/demo-station.xml",
-                                kData + "/station/station-objects.xml", &error))
-            << error;
-        ASSERT_EQ(_host->load(VESK_AGENT_PATH, &error), Host::kLoaded) << error;
-        ASSERT_EQ(_host->start(), OrlOk);
-    }
-    void TearDown() override {
-        _host.reset();
-        std::filesystem::remove_all(_dir);
-    }
-    OrlTxHandleT begin() {
-        OrlTxHandleT tx = 0;
-        EXPECT_EQ(_host->begin(&tx), OrlOk);
-        return tx;
+        HostFixture::SetUp();
+        if (!HasFatalFailure())
+            startOnStation(VESK_AGENT_PATH);
     }
     // One attribute as text: "" for no value, the first value otherwise.
     std::string get(OrlTxHandleT tx, const std::string& dn, const char* name, int* rc = nullptr) {
@@ -82,36 +56,33 @@ class ReadPathTest : public ::testing::Test {
         return it;
     }
     OrlOamSpiTransactionalResource_2* agentTx() { return _host->agentTransactionalResource(); }
-
-    std::string _dir;
-    std::unique_ptr<Host> _host;
 };
 
 TEST_F(ReadPathTest, ReadsSeeCommittedDataAndNotAnotherTransactionsChanges) {
     OrlTxHandleT tx = begin();
-    EXPECT_EQ(get(tx, kCell1, "tac"), "100");
+    EXPECT_EQ(get(tx, kCell, "tac"), "100");
 
     // Another database transaction writes; this one does not see it until it is committed.
     int other = IDatabase::transaction(IPCData::OP_TX_OPEN, 0, false);
-    ASSERT_NE(IDatabase::setAttribute(kCell1, 1, "tac", AttributeVariant(200), false,
+    ASSERT_NE(IDatabase::setAttribute(kCell, 1, "tac", AttributeVariant(200), false,
                                       IPCData::AVT_INT32, true, other),
               0);
     bool exists = false;
     DBObject unit("NewThing=1", 1, true, false, IPCData::OPSTATE_ENABLED,
                   IPCData::ADMSTATE_UNLOCKED, kEnb, 1);
     ASSERT_NE(IDatabase::insert(&unit, other), 0);
-    EXPECT_EQ(get(tx, kCell1, "tac"), "100");
+    EXPECT_EQ(get(tx, kCell, "tac"), "100");
     EXPECT_EQ(_host->callAgent(&Mo::existsMo, tx, (kEnb + ",NewThing=1").c_str(), &exists), OrlOk);
     EXPECT_FALSE(exists);
     ASSERT_NE(IDatabase::transaction(IPCData::OP_TX_COMMIT, other, false), 0);
-    EXPECT_EQ(get(tx, kCell1, "tac"), "200");
+    EXPECT_EQ(get(tx, kCell, "tac"), "200");
     EXPECT_EQ(_host->callAgent(&Mo::existsMo, tx, (kEnb + ",NewThing=1").c_str(), &exists), OrlOk);
     EXPECT_TRUE(exists);
 
     // Several attributes in one request, in order; a struct list through the entry point.
     const char* names[] = {"earfcndl", "nothing", "cellId", nullptr};
     OrlMoAttributeValuesResult_3 values = {nullptr, nullptr};
-    ASSERT_EQ(_host->callAgent(&Mo::getMoAttributes, tx, kCell1.c_str(), names, &values), OrlOk);
+    ASSERT_EQ(_host->callAgent(&Mo::getMoAttributes, tx, kCell.c_str(), names, &values), OrlOk);
     EXPECT_EQ(values.containers[0]->values[0].i32, 6300);
     EXPECT_EQ(values.containers[1]->nrOfValues, 0u);
     EXPECT_EQ(values.containers[2]->values[0].i32, 1);
@@ -141,7 +112,7 @@ TEST_F(ReadPathTest, ReadsSeeCommittedDataAndNotAnotherTransactionsChanges) {
 TEST_F(ReadPathTest, IteratorsInterleaveAndEndAsTheHostExpects) {
     OrlTxHandleT tx = begin();
     uint64_t cells = iterate(tx, kEnb, "EUtranCellFDD");
-    uint64_t relations = iterate(tx, kCell1, "EUtranFreqRelation");
+    uint64_t relations = iterate(tx, kCell, "EUtranFreqRelation");
     EXPECT_NE(cells, 0u);
     EXPECT_NE(cells, relations);
     EXPECT_EQ(iterate(tx, kEnb, "NoSuchClass"), 0u);
@@ -185,17 +156,17 @@ TEST_F(ReadPathTest, UnknownTransactionsAnswerNotExist) {
     const OrlTxHandleT unknown = 4242;
     LogCapture log;
     int rc = 0;
-    EXPECT_EQ(get(unknown, kCell1, "tac", &rc), "");
+    EXPECT_EQ(get(unknown, kCell, "tac", &rc), "");
     EXPECT_EQ(rc, OrlNotExist);
     EXPECT_EQ(log.count("VeskMoImpl::getMoAttribute - TransactionHandle 4242 was not found",
                         VESK_LOG_INFO),
               1u);
-    EXPECT_EQ(log.count("VeskMoImpl::getMoAttribute - Unable to get attribute tac from " + kCell1 +
+    EXPECT_EQ(log.count("VeskMoImpl::getMoAttribute - Unable to get attribute tac from " + kCell +
                             " - txHandle: 4242 return: -2 ",
                         VESK_LOG_INFO),
               1u);
     bool exists = true;
-    EXPECT_EQ(_host->callAgent(&Mo::existsMo, unknown, kCell1.c_str(), &exists), OrlNotExist);
+    EXPECT_EQ(_host->callAgent(&Mo::existsMo, unknown, kCell.c_str(), &exists), OrlNotExist);
     EXPECT_FALSE(exists);
     uint64_t count = 5, it = 5;
     EXPECT_EQ(

@@ -3,27 +3,16 @@
 // aborted one leaves nothing, neither in the database nor in the security component's store.
 #include <gtest/gtest.h>
 
-#include <cstdlib>
-#include <filesystem>
 #include <memory>
-#include <nlohmann/json.hpp>
-#include <sstream>
 #include <string>
 
-#include "host/Host.h"
-#include "host/cli/Shell.h"
-#include "host/model/StationLoader.h"
+#include "e2e/HostFixture.h"
 #include "station/database/ISecControl.h"
 
 namespace {
 
-using vesk::host::Host;
-using Json = nlohmann::ordered_json;
-namespace cli = vesk::host::cli;
+using namespace vesk::e2e;
 
-const std::string kData = VESK_DATA_DIR;
-const std::string kEnb = "ManagedElement=1,ENodeBFunction=1";
-const std::string kCell = kEnb + ",EUtranCellFDD=1";
 const std::string kFreqRel = kCell + ",EUtranFreqRelation=1";
 const std::string kNewRel = kFreqRel + ",EUtranCellRelation=9";
 const std::string kExternalCell =
@@ -36,49 +25,19 @@ const std::string kGroup =
     "ManagedElement=1,SystemFunctions=1,PmEventM=1,EventProducer=Lrat,EventGroup=RrcEvents";
 const std::string kCertM = "ManagedElement=1,SystemFunctions=1,SecM=1,CertM=1";
 
-class WritePathTest : public ::testing::Test {
+class WritePathTest : public HostFixture {
   protected:
     void SetUp() override {
         vesk::isec::reset();
-        char pattern[] = "/tmp/vesk-write-path-XXXXXX";
-        ASSERT_NE(mkdtemp(pattern), nullptr);
-        _dir = pattern;
-        startHost(true);
+        HostFixture::SetUp();
+        if (HasFatalFailure())
+            return;
+        startOnStation(VESK_AGENT_PATH);
+        openShell();
     }
     void TearDown() override {
-        stopHost();
+        HostFixture::TearDown();
         vesk::isec::reset();
-        std::filesystem::remove_all(_dir);
-    }
-    // A host on the state directory, loaded with the demo station when `load` is true.
-    void startHost(bool load) {
-        _host.reset(new Host);
-        std::string error;
-        ASSERT_TRUE(_host->openState(_dir, &error)) << error;
-        ASSERT_TRUE(_host->loadModel(kData + "/model", &error)) << error;
-        if (load) {
-            vesk::host::model::StationLoader loader(*_host->model());
-            ASSERT_TRUE(loader.load(kData + "/station/demo-station.xml",
-                                    kData + "/station/station-objects.xml", &error))
-                << error;
-        }
-        ASSERT_EQ(_host->load(VESK_AGENT_PATH, &error), Host::kLoaded) << error;
-        ASSERT_EQ(_host->start(&error), OrlOk) << error;
-        _host->openSession(vesk::host::kProtocolCli, "operator");
-        _view.reset(new cli::ModelView(*_host->model()));
-        cli::ShellOptions options;
-        options.json = true;
-        _shell.reset(new cli::Shell(*_host, *_view, options, _out));
-    }
-    void stopHost() {
-        _shell.reset();
-        _view.reset();
-        _host.reset();
-    }
-    Json run(const std::string& command) {
-        _out.str("");
-        _shell->runCommand(command);
-        return Json::parse(_out.str());
     }
     void ok(const std::string& command) {
         Json answer = run(command);
@@ -107,12 +66,6 @@ class WritePathTest : public ::testing::Test {
         // The cell is unlocked: the bandwidth waits in the cell's slot, and reads show it.
         EXPECT_EQ(get(kCell, "dlChannelBandwidth"), 5000);
     }
-
-    std::string _dir;
-    std::unique_ptr<Host> _host;
-    std::unique_ptr<cli::ModelView> _view;
-    std::ostringstream _out;
-    std::unique_ptr<cli::Shell> _shell;
 };
 
 TEST_F(WritePathTest, CommittedWritesSurviveARestartOfTheHost) {
@@ -135,14 +88,16 @@ TEST_F(WritePathTest, CommittedWritesSurviveARestartOfTheHost) {
     ASSERT_NE(cert->getAttribute("userLabel"), nullptr);
     EXPECT_EQ(cert->getAttribute("userLabel")->ToStr(), "trust anchor");
 
-    stopHost();
+    closeHost();
     vesk::isec::reset();
-    startHost(false);
+    ASSERT_NO_FATAL_FAILURE(openHost());
+    ASSERT_NO_FATAL_FAILURE(startOnStation(VESK_AGENT_PATH, false));
+    openShell();
     expectCommittedWrites();
     EXPECT_EQ(get(kCertM, "userLabel"), "trust anchor");
 }
 
-TEST_F(WritePathTest, AnAbortedTransactionLeavesNothing) {
+TEST_F(WritePathTest, AnAbortedOrFailedTransactionLeavesNothing) {
     Json before = get(kFreqRel, "blackListEntry");
     ok("begin");
     ok("create " + kFreqRel + " EUtranCellRelation=9 neighborCellRef=\"" + kExternalCell + "\"");
@@ -151,7 +106,6 @@ TEST_F(WritePathTest, AnAbortedTransactionLeavesNothing) {
     ok("set " + kCertM + " userLabel revoked");
     ok("create " + kCertM + " TrustCategory=extra");
     ok("abort");
-
     EXPECT_FALSE(exists(kNewRel));
     EXPECT_TRUE(exists(kUtranCellRel));
     EXPECT_EQ(get(kFreqRel, "blackListEntry"), before);
@@ -159,21 +113,24 @@ TEST_F(WritePathTest, AnAbortedTransactionLeavesNothing) {
     EXPECT_FALSE(exists(kCertM + ",TrustCategory=extra"));
     EXPECT_TRUE(vesk::isec::storedDns().empty());
 
-    // The next transaction starts clean: its commit confirms only its own change.
-    ok("begin");
-    ok("set " + kCertM + " userLabel kept");
-    ok("commit");
-    EXPECT_EQ(get(kCertM, "userLabel"), "kept");
-    EXPECT_FALSE(exists(kCertM + ",TrustCategory=extra"));
-}
-
-TEST_F(WritePathTest, AReferenceToAMissingMoFailsTheCommit) {
     // A reference to an MO that does not exist fails the commit, and nothing of it stays.
     ok("begin");
     ok("create " + kFreqRel + " EUtranCellRelation=9 neighborCellRef=\"" + kEnb +
        ",EUtranCellFDD=77\"");
     EXPECT_NE(run("commit")["code"], "OrlOk");
     EXPECT_FALSE(exists(kNewRel));
+
+    // The next transaction starts clean: its commit confirms only its own change.
+    ok("begin");
+    ok("set " + kCertM + " userLabel kept");
+    ok("commit");
+    EXPECT_EQ(get(kCertM, "userLabel"), "kept");
+    EXPECT_FALSE(exists(kCertM + ",TrustCategory=extra"));
+    // Outside a transaction each write stands alone; a set without a value removes it.
+    ok("set " + kCell + " userLabel \"east cell\"");
+    EXPECT_EQ(get(kCell, "userLabel"), "east cell");
+    ok("set " + kCell + " userLabel");
+    EXPECT_TRUE(get(kCell, "userLabel").is_null());
 }
 
 }  // namespace

@@ -1,4 +1,4 @@
-// Splitting of operator input, and dns, classes and attributes checked against the real model.
+// Splitting of operator input, and dns checked against the real model.
 #include <gtest/gtest.h>
 
 #include "host/cli/CommandText.h"
@@ -10,8 +10,6 @@ namespace cli {
 namespace {
 
 using Words = std::vector<std::string>;
-
-const char* const kCell = "ManagedElement=1,ENodeBFunction=1,EUtranCellFDD=1";
 
 TEST(CommandTextTest, SplitsCommandsAtSemicolonsOutsideQuotes) {
     EXPECT_EQ(splitCommands(" begin ;get A=1 x;; commit;"),
@@ -30,20 +28,6 @@ TEST(CommandTextTest, SplitsWordsWithQuotesAndRefusesAnOpenQuote) {
     EXPECT_EQ(words, Words({"say", "a \"b\" \\"}));
     EXPECT_FALSE(splitWords("get \"open", &words, &error));
     EXPECT_EQ(error, "unterminated quote");
-}
-
-TEST(ModelViewTest, ResolvesDnsFromTheRootDown) {
-    const ModelView& model = stationModel();
-    Id moc = kNone;
-    std::string error;
-    ASSERT_TRUE(model.resolveDn(kCell, &moc, &error)) << error;
-    EXPECT_EQ(model.className(moc), "EUtranCellFDD");
-    // The relation class below a cell is one class whichever cell it is reached from.
-    Id relation = kNone;
-    ASSERT_TRUE(model.resolveDn(std::string(kCell) + ",EUtranFreqRelation=1", &relation, &error));
-    EXPECT_EQ(model.className(relation), "EUtranFreqRelation");
-    ASSERT_TRUE(model.resolveDn("ManagedElement=1", &moc, &error));
-    EXPECT_EQ(model.className(moc), "ManagedElement");
 }
 
 TEST(ModelViewTest, RefusesMalformedDnsAndClassesNotThere) {
@@ -71,21 +55,6 @@ TEST(ModelViewTest, RefusesMalformedDnsAndClassesNotThere) {
         EXPECT_FALSE(model.resolveDn(c.dn, &moc, &error)) << c.dn;
         EXPECT_EQ(error, c.error);
     }
-}
-
-TEST(ModelViewTest, AttributesComeInModelOrderKeyFirst) {
-    const ModelView& model = stationModel();
-    Id moc = kNone;
-    std::string error;
-    ASSERT_TRUE(model.resolveDn(kCell, &moc, &error));
-    std::vector<Id> attributes = model.attributes(moc);
-    ASSERT_GT(attributes.size(), 5u);
-    EXPECT_EQ(model.attributeName(attributes[0]), "eUtranCellFDDId");
-    Id attribute = kNone;
-    ASSERT_TRUE(model.resolveAttribute(moc, "administrativeState", &attribute, &error));
-    EXPECT_NE(std::find(attributes.begin(), attributes.end(), attribute), attributes.end());
-    EXPECT_FALSE(model.resolveAttribute(moc, "nope", &attribute, &error));
-    EXPECT_EQ(error, "unknown attribute 'nope' of class EUtranCellFDD");
 }
 
 }  // namespace
