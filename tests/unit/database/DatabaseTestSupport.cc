@@ -40,6 +40,16 @@ void put(const std::string& key, const std::string& parentDn,
     ASSERT_NE(0, IDatabase::insert(made.get(), handle)) << parentDn << "," << key;
 }
 
+void putDn(const std::string& dn, std::initializer_list<Attribute*> attributes, int handle,
+           std::initializer_list<Attribute*> alternates) {
+    std::string::size_type comma = dn.rfind(',');
+    std::string parent = comma == std::string::npos ? "" : dn.substr(0, comma);
+    auto made = object(dn.substr(comma == std::string::npos ? 0 : comma + 1), parent, attributes);
+    for (Attribute* a : alternates)
+        made->addAlternateAttribute(*a);
+    ASSERT_NE(0, IDatabase::insert(made.get(), handle)) << dn;
+}
+
 std::string committedString(const std::string& dn, const std::string& name) {
     std::unique_ptr<DBObject> copy(IDatabase::getObject(dn, 1, 0));
     if (copy == nullptr)

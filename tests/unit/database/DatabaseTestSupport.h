@@ -36,6 +36,11 @@ std::unique_ptr<DBObject> object(const std::string& key, const std::string& pare
 void put(const std::string& key, const std::string& parentDn,
          std::initializer_list<Attribute*> attributes = {}, int handle = 0);
 
+// Inserts the object at the full `dn` (its parent is what precedes the last comma) with the
+// attributes and pending `alternates`, through `handle`; asserts success.
+void putDn(const std::string& dn, std::initializer_list<Attribute*> attributes, int handle = 0,
+           std::initializer_list<Attribute*> alternates = {});
+
 // The string value of an attribute of the committed object; "<absent>" when the attribute is
 // missing, "<no object>" when the object is.
 std::string committedString(const std::string& dn, const std::string& name);

@@ -56,7 +56,7 @@ TEST(EventNotificationTest, EveryKindRoundTripsThroughSetAndCopies) {
     }
 }
 
-TEST(EventNotificationTest, KindOrSizeThatDoesNotFitReadsAsEmptyText) {
+TEST(EventNotificationTest, KindOrSizeThatDoesNotFitReadsAsEmptyTextAndTextsStopAtTheirSize) {
     Ev4 fresh;
     EXPECT_EQ(fresh.getEventId(), 1004);
     EXPECT_EQ(fresh.valueKind, 12);
@@ -89,15 +89,14 @@ TEST(EventNotificationTest, KindOrSizeThatDoesNotFitReadsAsEmptyText) {
     EXPECT_EQ(cleared.valueKind, 12);
     EXPECT_EQ(cleared.valueData, nullptr);
     EXPECT_TRUE(isNoValue(cleared.getAttrValue()));
-}
 
-TEST(EventNotificationTest, StringReadStopsAtTheTerminatingZero) {
-    Ev4 event;
-    event.setAttrValue(AttributeVariant(std::string("hello")));
-    ASSERT_EQ(event.valueSize, 6);
-    EXPECT_EQ(static_cast<const char*>(event.valueData)[5], '\0');
-    event.valueSize = 3;  // the size counts a terminating zero: two characters
-    EXPECT_TRUE(event.getAttrValue() == AttributeVariant(std::string("he")));
+    // A text's size counts its terminating zero; a shorter size cuts the text.
+    Ev4 text;
+    text.setAttrValue(AttributeVariant(std::string("hello")));
+    ASSERT_EQ(text.valueSize, 6);
+    EXPECT_EQ(static_cast<const char*>(text.valueData)[5], '\0');
+    text.valueSize = 3;
+    EXPECT_TRUE(text.getAttrValue() == AttributeVariant(std::string("he")));
 }
 
 }  // namespace

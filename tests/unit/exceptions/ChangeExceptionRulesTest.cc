@@ -2,20 +2,18 @@
 // folder that holds a small committed network.
 #include <gtest/gtest.h>
 
-#include <filesystem>
-#include <functional>
 #include <string>
 
-#include "platform/DBObject.h"
-#include "platform/IDatabase.h"
 #include "platform/Logger.h"
-#include "station/database/Database.h"
 #include "station/log/LogControl.h"
+#include "unit/database/DatabaseTestSupport.h"
 #include "validation/VeskCheckExceptions.h"
 
 namespace {
 
 using TibVeskCM::VeskCheckExceptions;
+using vesk::dbtest::attr;
+using vesk::dbtest::putDn;
 using vesk::log::LogCapture;
 
 const std::string kEnb = "ManagedElement=1,ENodeBFunction=1";
@@ -29,9 +27,6 @@ const std::string kFrequency6300 =
 const std::string kFrequency1300 =
     "ManagedElement=1,ENodeBFunction=1,EUtraNetwork=1,EUtranFrequency=2";
 
-Attribute* attr(const std::string& name, AttributeVariant value, IPCData::AttributeValueType type) {
-    return new Attribute(false, name, value, 0, true, type, true, false);
-}
 Attribute* flag(const std::string& name, bool value) {
     return attr(name, AttributeVariant(value), IPCData::AVT_BOOL);
 }
@@ -39,70 +34,47 @@ Attribute* number(const std::string& name, int value) {
     return attr(name, AttributeVariant(value), IPCData::AVT_INT32);
 }
 
-// Commits `dn` with `attributes` and pending `alternates`.
-void commit(const std::string& dn, std::initializer_list<Attribute*> attributes,
-            std::initializer_list<Attribute*> alternates = {}) {
-    std::string::size_type comma = dn.rfind(',');
-    std::string parent = comma == std::string::npos ? "" : dn.substr(0, comma);
-    DBObject object(dn.substr(comma == std::string::npos ? 0 : comma + 1), 1, true, false,
-                    IPCData::OPSTATE_ENABLED, IPCData::ADMSTATE_UNLOCKED, parent, 1);
-    for (Attribute* a : attributes)
-        object.addAttribute(*a);
-    for (Attribute* a : alternates)
-        object.addAlternateAttribute(*a);
-    ASSERT_NE(IDatabase::insert(&object, 0), 0) << dn;
-}
-
 // A committed network: an LTE function whose only enabled cells are a TDD cell and a struct
 // object of an FDD cell; a WCDMA function with an enabled local cell; PM, upgrade packages,
 // a relation with its flags, and two frequencies of which the first is the cell's own.
-class RuleDatabase : public ::testing::Test {
+class RuleDatabase : public vesk::dbtest::DatabaseTest {
   protected:
     void SetUp() override {
-        char pattern[] = "/tmp/vesk-rules-XXXXXX";
-        ASSERT_NE(mkdtemp(pattern), nullptr);
-        _dir = pattern;
-        std::string error;
-        ASSERT_TRUE(vesk::db::open(_dir, &error)) << error;
-        commit("ManagedElement=1", {});
+        DatabaseTest::SetUp();
+        putDn("ManagedElement=1", {});
         for (const char* dn :
              {"ManagedElement=1,SystemFunctions=1", "ManagedElement=1,SystemFunctions=1,SwM=1",
               "ManagedElement=1,SystemFunctions=1,Pm=1"})
-            commit(dn, {});
-        commit("ManagedElement=1,SystemFunctions=1,SwM=1,UpgradePackage=7", {});
-        commit(kEnb, {});
-        commit(kCell, {number("operationalState", 0), number("earfcndl", 6300)});
-        commit(kCell + ":someStruct", {number("operationalState", 1)});
-        commit(kEnb + ",EUtranCellTDD=1", {number("operationalState", 1)});
-        commit("ManagedElement=1,NodeBFunction=1", {});
-        commit("ManagedElement=1,NodeBFunction=1,NodeBLocalCellGroup=1", {});
-        commit("ManagedElement=1,NodeBFunction=1,NodeBLocalCellGroup=1,NodeBLocalCell=1",
-               {number("operationalState", 1)});
-        commit(kPmJob, {});
-        commit(kReader, {attr("measurementSpecification", AttributeVariant(std::string("x")),
-                              IPCData::AVT_STRING)});
-        commit(kCell + ",Cdma2000FreqBandRelation=1", {});
-        commit(kRelation,
-               {flag("includeInSystemInformation", false),
-                flag("includeInSystemInformationRel9", true)},
-               {flag("includeInSystemInformation", false),
-                flag("includeInSystemInformationRel9", true)});
-        commit(kEnb + ",EUtraNetwork=1", {});
-        commit(kFrequency6300, {number("arfcnValueEUtranDl", 6300)});
-        commit(kFrequency1300, {number("arfcnValueEUtranDl", 1300)});
-        commit(
+            putDn(dn, {});
+        putDn("ManagedElement=1,SystemFunctions=1,SwM=1,UpgradePackage=7", {});
+        putDn(kEnb, {});
+        putDn(kCell, {number("operationalState", 0), number("earfcndl", 6300)});
+        putDn(kCell + ":someStruct", {number("operationalState", 1)});
+        putDn(kEnb + ",EUtranCellTDD=1", {number("operationalState", 1)});
+        putDn("ManagedElement=1,NodeBFunction=1", {});
+        putDn("ManagedElement=1,NodeBFunction=1,NodeBLocalCellGroup=1", {});
+        putDn("ManagedElement=1,NodeBFunction=1,NodeBLocalCellGroup=1,NodeBLocalCell=1",
+              {number("operationalState", 1)});
+        putDn(kPmJob, {});
+        putDn(kReader, {attr("measurementSpecification", AttributeVariant(std::string("x")),
+                             IPCData::AVT_STRING)});
+        putDn(kCell + ",Cdma2000FreqBandRelation=1", {});
+        putDn(kRelation,
+              {flag("includeInSystemInformation", false),
+               flag("includeInSystemInformationRel9", true)},
+              0,
+              {flag("includeInSystemInformation", false),
+               flag("includeInSystemInformationRel9", true)});
+        putDn(kEnb + ",EUtraNetwork=1", {});
+        putDn(kFrequency6300, {number("arfcnValueEUtranDl", 6300)});
+        putDn(kFrequency1300, {number("arfcnValueEUtranDl", 1300)});
+        putDn(
             kCell + ",EUtranFreqRelation=1",
             {attr("eutranFrequencyRef", AttributeVariant(kFrequency6300), IPCData::AVT_REFERENCE)});
-        commit(
+        putDn(
             kCell + ",EUtranFreqRelation=2",
             {attr("eutranFrequencyRef", AttributeVariant(kFrequency1300), IPCData::AVT_REFERENCE)});
     }
-    void TearDown() override {
-        vesk::db::close();
-        std::filesystem::remove_all(_dir);
-    }
-
-    std::string _dir;
     VeskCheckExceptions _rules;
 };
 
@@ -140,6 +112,10 @@ bool ask(VeskCheckExceptions& r, const Rule& q) {
             return r.checkEUtranFreqRelationDeletion(q.dn);
     }
     return false;
+}
+
+void PrintTo(const Rule& rule, std::ostream* out) {
+    *out << rule.name;
 }
 
 class RuleTable : public RuleDatabase, public ::testing::WithParamInterface<Rule> {};
@@ -257,9 +233,9 @@ TEST_F(RuleDatabase, FailedReadsAnswerNoAndSayWhy) {
     EXPECT_TRUE(isDefault);  // untouched
 
     // A relation of a cell without earfcndl, and flags held as numbers.
-    commit(kEnb + ",EUtranCellFDD=2", {});
-    commit(kEnb + ",EUtranCellFDD=2,EUtranFreqRelation=1",
-           {attr("eutranFrequencyRef", AttributeVariant(kFrequency1300), IPCData::AVT_REFERENCE)});
+    putDn(kEnb + ",EUtranCellFDD=2", {});
+    putDn(kEnb + ",EUtranCellFDD=2,EUtranFreqRelation=1",
+          {attr("eutranFrequencyRef", AttributeVariant(kFrequency1300), IPCData::AVT_REFERENCE)});
     log.clear();
     EXPECT_TRUE(
         _rules.checkEUtranFreqRelationDeletion(kEnb + ",EUtranCellFDD=2,EUtranFreqRelation=1"));
@@ -272,8 +248,8 @@ TEST_F(RuleDatabase, FailedReadsAnswerNoAndSayWhy) {
               1u);
 
     const std::string odd = kCell + ",Cdma2000FreqBandRelation=1,Cdma20001xRttCellRelation=3";
-    commit(odd,
-           {number("includeInSystemInformation", 1), number("includeInSystemInformationRel9", 1)});
+    putDn(odd,
+          {number("includeInSystemInformation", 1), number("includeInSystemInformationRel9", 1)});
     log.clear();
     EXPECT_FALSE(_rules.check_includeInSystemInformationAndRel9AttributeValidity(
         odd.c_str(), "includeInSystemInformation", true));

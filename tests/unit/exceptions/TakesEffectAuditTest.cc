@@ -6,10 +6,11 @@
 #include <memory>
 #include <string>
 
-#include "../agent_model/AgentModelSupport.h"
 #include "platform/Logger.h"
 #include "station/log/LogControl.h"
 #include "transaction/VeskDBTransactionHelper.h"
+#include "unit/agent_model/AgentModelSupport.h"
+#include "unit/database/DatabaseTestSupport.h"
 
 namespace {
 
@@ -27,9 +28,9 @@ const std::string kRelation = kBand + ",Cdma20001xRttCellRelation=1";
 const std::string kLocalCell =
     "ManagedElement=1,NodeBFunction=1,NodeBLocalCellGroup=1,NodeBLocalCell=1";
 
-Attribute* attr(const std::string& name, AttributeVariant value, IPCData::AttributeValueType type) {
-    return new Attribute(false, name, value, 0, true, type, true, false);
-}
+using vesk::dbtest::attr;
+using vesk::dbtest::putDn;
+
 Attribute* state(int value) {
     return attr("administrativeState", AttributeVariant(value), IPCData::AVT_ENUM);
 }
@@ -39,18 +40,6 @@ const int kNotFound = 0 + VeskDBTransactionHelper::REFERENCEVALUE_NOT_FOUND;
 
 class HelperTest : public ::testing::Test {
   protected:
-    // Inserts `dn` with `attributes` in `handle` (0: committed).
-    void put(const std::string& dn, std::initializer_list<Attribute*> attributes, int handle = 0,
-             std::initializer_list<Attribute*> alternates = {}) {
-        std::string::size_type comma = dn.rfind(',');
-        DBObject object(dn.substr(comma + 1), 1, true, false, IPCData::OPSTATE_ENABLED,
-                        IPCData::ADMSTATE_UNLOCKED, dn.substr(0, comma), 1);
-        for (Attribute* a : attributes)
-            object.addAttribute(*a);
-        for (Attribute* a : alternates)
-            object.addAlternateAttribute(*a);
-        ASSERT_NE(IDatabase::insert(&object, handle), 0) << dn;
-    }
     // The slot checkTakesEffect gives, starting from `preset`; `rc` gets the result.
     int slotOf(const std::string& dn, const char* attribute, int preset = 9, int* rc = nullptr) {
         int slot = preset;
@@ -74,10 +63,10 @@ class HelperTest : public ::testing::Test {
 };
 
 TEST_F(HelperTest, CellLockChangesWaitInTheCellsSlotWhileItIsUnlocked) {
-    put(kEnb, {});
-    put(kCell, {state(0), attr("alternateStorageSlot", AttributeVariant(3), IPCData::AVT_INT32)});
-    put(kBand, {});
-    put(kRelation, {});
+    putDn(kEnb, {});
+    putDn(kCell, {state(0), attr("alternateStorageSlot", AttributeVariant(3), IPCData::AVT_INT32)});
+    putDn(kBand, {});
+    putDn(kRelation, {});
     EXPECT_EQ(slotOf(kCell, "dlChannelBandwidth"), 0);  // locked
     EXPECT_EQ(slotOf(kRelation, "includeInSystemInformation"), 0);
 
@@ -93,20 +82,20 @@ TEST_F(HelperTest, CellLockChangesWaitInTheCellsSlotWhileItIsUnlocked) {
     EXPECT_EQ(slotOf(kCell, "isDlOnly"), 0);  // no takes-effect rule
 
     // A cell that is not an FDD cell, and an unlocked FDD cell without a slot of its own.
-    put(kTddCell, {state(1)});
+    putDn(kTddCell, {state(1)});
     EXPECT_EQ(slotOf(kTddCell, "dlChannelBandwidth"), 0);
-    put(kEnb + ",EUtranCellFDD=2", {state(1)});
+    putDn(kEnb + ",EUtranCellFDD=2", {state(1)});
     EXPECT_EQ(slotOf(kEnb + ",EUtranCellFDD=2", "dlChannelBandwidth"), 0);
     // A cell whose state cannot be read counts as unlocked.
-    put(kEnb + ",EUtranCellFDD=3",
-        {attr("alternateStorageSlot", AttributeVariant(4), IPCData::AVT_INT32)});
+    putDn(kEnb + ",EUtranCellFDD=3",
+          {attr("alternateStorageSlot", AttributeVariant(4), IPCData::AVT_INT32)});
     EXPECT_EQ(slotOf(kEnb + ",EUtranCellFDD=3", "dlChannelBandwidth"), 4);
 }
 
 TEST_F(HelperTest, ObjectLockRestartAndUncommittedObjects) {
-    put("ManagedElement=1,NodeBFunction=1", {});
-    put("ManagedElement=1,NodeBFunction=1,NodeBLocalCellGroup=1", {});
-    put(kLocalCell, {state(1)});
+    putDn("ManagedElement=1,NodeBFunction=1", {});
+    putDn("ManagedElement=1,NodeBFunction=1,NodeBLocalCellGroup=1", {});
+    putDn(kLocalCell, {state(1)});
     int rc = 0;
     EXPECT_EQ(slotOf(kLocalCell, "maxTransmissionPower", 9, &rc), 9);
     EXPECT_EQ(rc, -5);  // must be locked first
@@ -129,7 +118,7 @@ TEST_F(HelperTest, ObjectLockRestartAndUncommittedObjects) {
     ASSERT_GT(handle, 0);
     const std::string fresh =
         "ManagedElement=1,NodeBFunction=1,NodeBLocalCellGroup=1,NodeBLocalCell=2";
-    put(fresh, {state(1)}, handle);
+    putDn(fresh, {state(1)}, handle);
     EXPECT_EQ(slotOf(fresh, "maxNumConcurrentUsers", 9, &rc), 9);
     EXPECT_EQ(slotOf(fresh, "maxTransmissionPower", 9, &rc), 9);
     EXPECT_EQ(rc, 0);
@@ -146,12 +135,12 @@ TEST_F(HelperTest, FindsTheFddCellAtOrAboveADn) {
 }
 
 TEST_F(HelperTest, PendingPartnerFlagOfARelation) {
-    put(kEnb, {});
-    put(kCell, {});
-    put(kBand, {});
-    put(kRelation, {}, 0,
-        {attr("includeInSystemInformationRel9", AttributeVariant(true), IPCData::AVT_BOOL),
-         attr("includeInSystemInformation", AttributeVariant(false), IPCData::AVT_BOOL)});
+    putDn(kEnb, {});
+    putDn(kCell, {});
+    putDn(kBand, {});
+    putDn(kRelation, {}, 0,
+          {attr("includeInSystemInformationRel9", AttributeVariant(true), IPCData::AVT_BOOL),
+           attr("includeInSystemInformation", AttributeVariant(false), IPCData::AVT_BOOL)});
     LogCapture log;
     EXPECT_EQ(_helper->getReferenceValueFromAlternateStorage(kRelation.c_str(),
                                                              "includeInSystemInformation"),
@@ -172,8 +161,8 @@ TEST_F(HelperTest, PendingPartnerFlagOfARelation) {
     EXPECT_EQ(log.countContaining("returning REFERENCEVALUE_NOT_FOUND", VESK_LOG_TRACE), 1u);
 
     const std::string odd = kBand + ",Cdma20001xRttCellRelation=3";
-    put(odd, {}, 0,
-        {attr("includeInSystemInformationRel9", AttributeVariant(1), IPCData::AVT_INT32)});
+    putDn(odd, {}, 0,
+          {attr("includeInSystemInformationRel9", AttributeVariant(1), IPCData::AVT_INT32)});
     log.clear();
     EXPECT_EQ(
         _helper->getReferenceValueFromAlternateStorage(odd.c_str(), "includeInSystemInformation"),
@@ -187,9 +176,9 @@ TEST_F(HelperTest, PendingPartnerFlagOfARelation) {
 TEST_F(HelperTest, AuditAttributesFollowTheClassesModel) {
     int handle = _db.begin();
     ASSERT_GT(handle, 0);
-    put(kEnb, {}, handle);
-    put(kCell, {}, handle);
-    put(kBand, {}, handle);
+    putDn(kEnb, {}, handle);
+    putDn(kCell, {}, handle);
+    putDn(kBand, {}, handle);
 
     EXPECT_EQ(_helper->createOtherRequiredAttributes(kBand, VeskDBTransactionHelper::NOT_MODIFIED,
                                                      handle),

@@ -13,186 +13,120 @@ namespace {
 
 using namespace VESK::Messages;
 
-// One row per message: a message with values off the defaults, and a check of the decoded one.
-struct Row {
-    const char* name;
-    uint32_t id;
-    std::function<std::unique_ptr<SerializableMessage>()> build;
-    std::function<void(const SerializableMessage&)> check;
-};
-
 template <class M>
-const M& as(const SerializableMessage& m) {
-    const M* p = dynamic_cast<const M*>(&m);
+M& as(SerializableMessage& m) {
+    M* p = dynamic_cast<M*>(&m);
     EXPECT_NE(nullptr, p);
     return *p;
 }
 
+// Sets `f` to `value` when filling a message, else expects `f` to hold `value`.
+template <class F, class V>
+void field(bool fill, F& f, const V& value) {
+    if (fill)
+        f = value;
+    else
+        EXPECT_EQ(F(value), f);
+}
+
+// One row per message: `fields` fills a new message with values off the defaults, or expects
+// them of the decoded one.
+struct Row {
+    const char* name;
+    uint32_t id;
+    std::function<std::unique_ptr<SerializableMessage>()> build;
+    std::function<void(SerializableMessage&)> check;
+};
+
+template <class M>
+Row row(const char* name, uint32_t id, void (*fields)(M&, bool)) {
+    return {name, id,
+            [fields] {
+                auto m = std::make_unique<M>();
+                fields(*m, true);
+                return std::unique_ptr<SerializableMessage>(std::move(m));
+            },
+            [fields](SerializableMessage& m) { fields(as<M>(m), false); }};
+}
+
 std::vector<Row> rows() {
-    std::vector<Row> r;
-    r.push_back({"BrMOperationReq", 4216,
-                 [] {
-                     auto m = std::make_unique<VESK_BrMOperationReq>();
-                     m->operation = "RESTORE";
-                     m->backupName = "nightly";
-                     return m;
-                 },
-                 [](const SerializableMessage& m) {
-                     EXPECT_EQ("RESTORE", as<VESK_BrMOperationReq>(m).operation);
-                     EXPECT_EQ("nightly", as<VESK_BrMOperationReq>(m).backupName);
-                 }});
-    r.push_back({"InitialiseSWReq", 4145,
-                 [] {
-                     auto m = std::make_unique<VESK_InitialiseSWReq>();
-                     m->uri = "sftp://h/p";
-                     m->password.word = 0xdeadbeef;
-                     m->password.password = std::string("p\0w", 3);
-                     m->actionName = "createUpgradePackage";
-                     return m;
-                 },
-                 [](const SerializableMessage& m) {
-                     auto& x = as<VESK_InitialiseSWReq>(m);
-                     EXPECT_EQ("sftp://h/p", x.uri);
-                     EXPECT_EQ(0xdeadbeefu, x.password.word);
-                     EXPECT_EQ(std::string("p\0w", 3), x.password.password);
-                     EXPECT_EQ("createUpgradePackage", x.actionName);
-                 }});
-    r.push_back({"SwmCmd", 8196,
-                 [] {
-                     auto m = std::make_unique<VESK_SwmCmd>();
-                     m->command = 5;
-                     m->requestId = 4000000000u;
-                     m->arguments = {"a", ""};
-                     m->commandName = "removeUpgradePackage";
-                     return m;
-                 },
-                 [](const SerializableMessage& m) {
-                     auto& x = as<VESK_SwmCmd>(m);
-                     EXPECT_EQ(5, x.command);
-                     EXPECT_EQ(4000000000u, x.requestId);
-                     EXPECT_EQ((std::vector<std::string>{"a", ""}), x.arguments);
-                     EXPECT_EQ("removeUpgradePackage", x.commandName);
-                 }});
-    r.push_back({"ResetRBS", 4123,
-                 [] {
-                     auto m = std::make_unique<VESK_ResetRBS>();
-                     m->resetCause = 27;
-                     m->resetKind = 1;
-                     m->reasonText = "why";
-                     m->parameter = -5;
-                     return m;
-                 },
-                 [](const SerializableMessage& m) {
-                     auto& x = as<VESK_ResetRBS>(m);
-                     EXPECT_EQ(27, x.resetCause);
-                     EXPECT_EQ(1, x.resetKind);
-                     EXPECT_EQ("why", x.reasonText);
-                     EXPECT_EQ(-5, x.parameter);
-                 }});
-    r.push_back({"ValidateFrequencyReq", 8214,
-                 [] {
-                     auto m = std::make_unique<VESK_ValidateFrequencyReq>();
-                     m->cellFrequencies.push_back({"ManagedElement=1,EUtranCellFDD=1", 5000, 6300});
-                     m->cellFrequencies.push_back({"ManagedElement=1,EUtranCellTDD=2", -1, 46890});
-                     return m;
-                 },
-                 [](const SerializableMessage& m) {
-                     auto& x = as<VESK_ValidateFrequencyReq>(m);
-                     ASSERT_EQ(2u, x.cellFrequencies.size());
-                     EXPECT_EQ("ManagedElement=1,EUtranCellTDD=2", x.cellFrequencies[1].cellDn);
-                     EXPECT_EQ(-1, x.cellFrequencies[1].channelBandwidth);
-                     EXPECT_EQ(46890, x.cellFrequencies[1].earfcn);
-                     EXPECT_EQ(5000, x.cellFrequencies[0].channelBandwidth);
-                 }});
-    r.push_back({"FaultNotification", 4102,
-                 [] {
-                     auto m = std::make_unique<VESK_FaultNotification>();
-                     m->faultId = 20752;
-                     m->faultState = 1;
-                     m->additionalText = "cell";
-                     return m;
-                 },
-                 [](const SerializableMessage& m) {
-                     auto& x = as<VESK_FaultNotification>(m);
-                     EXPECT_EQ(20752, x.faultId);
-                     EXPECT_EQ(1, x.faultState);
-                     EXPECT_EQ(2, x.faultClass);
-                     EXPECT_EQ("cell", x.additionalText);
-                 }});
-    r.push_back({"WriteAutointegrationLog", 8195,
-                 [] {
-                     auto m = std::make_unique<VESK_WriteAutointegrationLog>();
-                     m->text = "Reference to missing MO: a:b";
-                     return m;
-                 },
-                 [](const SerializableMessage& m) {
-                     EXPECT_EQ("Reference to missing MO: a:b",
-                               as<VESK_WriteAutointegrationLog>(m).text);
-                 }});
-    r.push_back({"BrMOperationResp", 4217,
-                 [] {
-                     auto m = std::make_unique<VESK_BrMOperationResp>();
-                     m->success = true;
-                     m->code = -3;
-                     m->operation = "CREATE";
-                     m->dn = "BrmBackup=4";
-                     return m;
-                 },
-                 [](const SerializableMessage& m) {
-                     auto& x = as<VESK_BrMOperationResp>(m);
-                     EXPECT_TRUE(x.success);
-                     EXPECT_EQ(-3, x.code);
-                     EXPECT_EQ("CREATE", x.operation);
-                     EXPECT_EQ("BrmBackup=4", x.dn);
-                 }});
-    r.push_back({"InitialiseSWResp", 4146,
-                 [] {
-                     auto m = std::make_unique<VESK_InitialiseSWResp>();
-                     m->failureCode = 1;
-                     m->upgradePackageId = 0x10007;
-                     return m;
-                 },
-                 [](const SerializableMessage& m) {
-                     auto& x = as<VESK_InitialiseSWResp>(m);
-                     EXPECT_FALSE(x.success);
-                     EXPECT_EQ(1, x.failureCode);
-                     EXPECT_EQ(0x10007, x.upgradePackageId);
-                 }});
-    r.push_back({"SwOssUpdateResp", 8197,
-                 [] {
-                     auto m = std::make_unique<VESK_SwOssUpdateResp>();
-                     m->success = true;
-                     m->upgradePackageState = 2;
-                     m->requestId = 1790000000u;
-                     return m;
-                 },
-                 [](const SerializableMessage& m) {
-                     auto& x = as<VESK_SwOssUpdateResp>(m);
-                     EXPECT_TRUE(x.success);
-                     EXPECT_EQ(2, x.upgradePackageState);
-                     EXPECT_EQ(1790000000u, x.requestId);
-                 }});
-    r.push_back({"ValidateFrequencyResp", 8215,
-                 [] {
-                     auto m = std::make_unique<VESK_ValidateFrequencyResp>();
-                     m->valid = true;
-                     return m;
-                 },
-                 [](const SerializableMessage& m) {
-                     EXPECT_TRUE(as<VESK_ValidateFrequencyResp>(m).valid);
-                 }});
-    r.push_back({"BoamSetAttributeResp", 8201,
-                 [] {
-                     auto m = std::make_unique<VESK_BoamSetAttributeResp>();
-                     m->transactionId = 300;
-                     m->status = -1;
-                     return m;
-                 },
-                 [](const SerializableMessage& m) {
-                     EXPECT_EQ(300u, as<VESK_BoamSetAttributeResp>(m).transactionId);
-                     EXPECT_EQ(-1, as<VESK_BoamSetAttributeResp>(m).status);
-                 }});
-    return r;
+    return {
+        row<VESK_BrMOperationReq>("BrMOperationReq", 4216,
+                                  [](auto& m, bool fill) {
+                                      field(fill, m.operation, "RESTORE");
+                                      field(fill, m.backupName, "nightly");
+                                  }),
+        row<VESK_InitialiseSWReq>("InitialiseSWReq", 4145,
+                                  [](auto& m, bool fill) {
+                                      field(fill, m.uri, "sftp://h/p");
+                                      field(fill, m.password.word, 0xdeadbeefu);
+                                      field(fill, m.password.password, std::string("p\0w", 3));
+                                      field(fill, m.actionName, "createUpgradePackage");
+                                  }),
+        row<VESK_SwmCmd>("SwmCmd", 8196,
+                         [](auto& m, bool fill) {
+                             field(fill, m.command, 5);
+                             field(fill, m.requestId, 4000000000u);
+                             field(fill, m.arguments, std::vector<std::string>{"a", ""});
+                             field(fill, m.commandName, "removeUpgradePackage");
+                         }),
+        row<VESK_ResetRBS>("ResetRBS", 4123,
+                           [](auto& m, bool fill) {
+                               field(fill, m.resetCause, 27);
+                               field(fill, m.resetKind, 1);
+                               field(fill, m.reasonText, "why");
+                               field(fill, m.parameter, -5);
+                           }),
+        row<VESK_ValidateFrequencyReq>(
+            "ValidateFrequencyReq", 8214,
+            [](auto& m, bool fill) {
+                if (fill)
+                    m.cellFrequencies.resize(2);
+                ASSERT_EQ(2u, m.cellFrequencies.size());
+                field(fill, m.cellFrequencies[0].cellDn, "ManagedElement=1,EUtranCellFDD=1");
+                field(fill, m.cellFrequencies[0].channelBandwidth, 5000);
+                field(fill, m.cellFrequencies[0].earfcn, 6300);
+                field(fill, m.cellFrequencies[1].cellDn, "ManagedElement=1,EUtranCellTDD=2");
+                field(fill, m.cellFrequencies[1].channelBandwidth, -1);
+                field(fill, m.cellFrequencies[1].earfcn, 46890);
+            }),
+        row<VESK_FaultNotification>("FaultNotification", 4102,
+                                    [](auto& m, bool fill) {
+                                        field(fill, m.faultId, 20752);
+                                        field(fill, m.faultState, 1);
+                                        field(fill, m.additionalText, "cell");
+                                        EXPECT_EQ(2, m.faultClass);
+                                    }),
+        row<VESK_WriteAutointegrationLog>(
+            "WriteAutointegrationLog", 8195,
+            [](auto& m, bool fill) { field(fill, m.text, "Reference to missing MO: a:b"); }),
+        row<VESK_BrMOperationResp>("BrMOperationResp", 4217,
+                                   [](auto& m, bool fill) {
+                                       field(fill, m.success, true);
+                                       field(fill, m.code, -3);
+                                       field(fill, m.operation, "CREATE");
+                                       field(fill, m.dn, "BrmBackup=4");
+                                   }),
+        row<VESK_InitialiseSWResp>("InitialiseSWResp", 4146,
+                                   [](auto& m, bool fill) {
+                                       field(fill, m.failureCode, 1);
+                                       field(fill, m.upgradePackageId, 0x10007);
+                                       EXPECT_FALSE(m.success);
+                                   }),
+        row<VESK_SwOssUpdateResp>("SwOssUpdateResp", 8197,
+                                  [](auto& m, bool fill) {
+                                      field(fill, m.success, true);
+                                      field(fill, m.upgradePackageState, 2);
+                                      field(fill, m.requestId, 1790000000u);
+                                  }),
+        row<VESK_ValidateFrequencyResp>("ValidateFrequencyResp", 8215,
+                                        [](auto& m, bool fill) { field(fill, m.valid, true); }),
+        row<VESK_BoamSetAttributeResp>("BoamSetAttributeResp", 8201,
+                                       [](auto& m, bool fill) {
+                                           field(fill, m.transactionId, 300u);
+                                           field(fill, m.status, -1);
+                                       }),
+    };
 }
 
 std::unique_ptr<SerializableMessage> decode(const std::vector<uint8_t>& bytes, size_t size) {

@@ -3,34 +3,26 @@
 // destination.
 #include <gtest/gtest.h>
 
-#include <filesystem>
-#include <memory>
 #include <string>
 #include <vector>
 
-#include "platform/DBObject.h"
-#include "platform/IDatabase.h"
 #include "platform/Logger.h"
 #include "platform/VeskMessages.h"
-#include "station/database/Database.h"
 #include "station/log/LogControl.h"
 #include "station/messages/MessageBus.h"
 #include "station/messages/MessageCodec.h"
-#include "transaction/VeskDBTransaction.h"
+#include "unit/transaction/TransactionTestSupport.h"
 
 namespace {
 
 using TibVeskCM::VeskDBTransaction;
 using vesk::log::LogCapture;
+using vesk::txtest::attr;
 
 const char* const kMe = "ManagedElement=1";
 const char* const kHolder = "ManagedElement=1,Holder=1";
 const char* const kTarget1 = "ManagedElement=1,Target=1";
 const char* const kTarget2 = "ManagedElement=1,Target=2";
-
-Attribute* attr(const std::string& name, AttributeVariant value, IPCData::AttributeValueType type) {
-    return new Attribute(false, name, value, 0, true, type, true, false);
-}
 
 Attribute* ref(const std::string& name, const std::string& text) {
     return attr(name, AttributeVariant(text), IPCData::AVT_REFERENCE);
@@ -46,18 +38,10 @@ std::string rejectedLine(const std::string& dn, const std::string& attribute) {
            ".";
 }
 
-class ReferenceTrackingTest : public ::testing::Test {
+class ReferenceTrackingTest : public vesk::txtest::TransactionTest {
   protected:
     void SetUp() override {
-        char pattern[] = "/tmp/vesk-refs-XXXXXX";
-        ASSERT_NE(mkdtemp(pattern), nullptr);
-        _dir = pattern;
-        std::string error;
-        ASSERT_TRUE(vesk::db::open(_dir, &error)) << error;
-        DBObject me(kMe, 1, true, false, IPCData::OPSTATE_ENABLED, IPCData::ADMSTATE_UNLOCKED);
-        ASSERT_NE(IDatabase::insert(&me, 0), 0);
-        _tx.reset(new VeskDBTransaction(5, _portal));
-        ASSERT_EQ(_tx->startTransactionToDB(), 0);
+        TransactionTest::SetUp();
         vesk::station::registerComponent(8, [this](int, const uint8_t* data, size_t size, int) {
             std::string error;
             auto message = VESK::Messages::decodeMessage(data, size, error);
@@ -70,20 +54,13 @@ class ReferenceTrackingTest : public ::testing::Test {
     }
     void TearDown() override {
         vesk::station::unregisterComponent(8);
-        _tx.reset();
-        vesk::db::close();
-        std::filesystem::remove_all(_dir);
+        TransactionTest::TearDown();
     }
     // Inserts "Class=id" under ManagedElement=1 in the transaction, or committed.
     void put(const std::string& key, std::initializer_list<Attribute*> attributes,
              bool committed = false) {
-        DBObject object(key, 1, true, false, IPCData::OPSTATE_ENABLED, IPCData::ADMSTATE_UNLOCKED,
-                        kMe, 1);
-        for (Attribute* a : attributes)
-            object.addAttribute(*a);
-        ASSERT_NE(IDatabase::insert(&object, committed ? 0 : handle()), 0);
+        TransactionTest::put(key, kMe, attributes, committed);
     }
-    int handle() const { return _tx->getDatabaseTxHandle(); }
     // The noted references, newest first, as "dn|attribute|reference".
     std::vector<std::string> noted() {
         std::vector<std::string> out;
@@ -92,9 +69,6 @@ class ReferenceTrackingTest : public ::testing::Test {
         return out;
     }
 
-    std::string _dir;
-    OrlMgmtSpiInterfacePortal_1 _portal{};
-    std::unique_ptr<VeskDBTransaction> _tx;
     std::vector<std::string> _aiLog;
 };
 

@@ -2,130 +2,24 @@
 // the transaction, struct values and iterators.
 #include <gtest/gtest.h>
 
-#include <cstdlib>
-#include <filesystem>
-#include <sstream>
 #include <string>
 
-#include "platform/DBObject.h"
-#include "platform/IDatabase.h"
 #include "platform/Logger.h"
-#include "plugin/VeskOrlHelper.h"
-#include "station/database/Database.h"
 #include "station/log/LogControl.h"
-#include "transaction/VeskDBTransaction.h"
+#include "unit/transaction/TransactionTestSupport.h"
 
 namespace {
 
 using TibVeskCM::VeskDBTransaction;
-using TibVeskCM::VeskOrlHelper;
 using vesk::log::LogCapture;
+using vesk::txtest::attr;
+using vesk::txtest::render;
 
 const char* const kParent = "ManagedElement=1";
 const char* const kMo = "ManagedElement=1,Thing=1";
 
-Attribute* attr(const std::string& name, AttributeVariant value, int type) {
-    return new Attribute(false, name, value, 0, true,
-                         static_cast<IPCData::AttributeValueType>(type), true, false);
-}
-
-// "type:[v1,v2]" with each value read as `as` says; strings quoted, structs as {name=value...}.
-std::string render(const OrlMoAttributeValueContainer_3* c, int as);
-
-std::string renderValue(const OrlMoAttributeValue_3& v, int as) {
-    std::ostringstream out;
-    switch (as) {
-        case 1:
-            out << int(v.i8);
-            break;
-        case 2:
-            out << v.i16;
-            break;
-        case 3:
-            out << v.i32;
-            break;
-        case 4:
-            out << v.i64;
-            break;
-        case 5:
-            out << unsigned(v.u8);
-            break;
-        case 6:
-            out << v.u16;
-            break;
-        case 7:
-            out << v.u32;
-            break;
-        case 8:
-            out << v.u64;
-            break;
-        case 9:
-            out << '"' << v.theString << '"';
-            break;
-        case 10:
-            out << (v.theBool ? "true" : "false");
-            break;
-        case 11:
-            out << '"' << v.moRef << '"';
-            break;
-        case 12:
-            out << v.theEnum;
-            break;
-        case 16:
-            out << v.decimal64;
-            break;
-        case 14:
-            out << '{';
-            for (auto* m = v.structMember; m != nullptr; m = m->nextMember) {
-                out << m->memberName << '=' << render(m->memberValue, m->memberValue->type)
-                    << (m->nextMember ? " " : "");
-            }
-            out << '}';
-            break;
-    }
-    return out.str();
-}
-
-std::string render(const OrlMoAttributeValueContainer_3* c, int as) {
-    if (c == nullptr)
-        return "null";
-    std::ostringstream out;
-    out << c->type << ":[";
-    for (uint32_t i = 0; i < c->nrOfValues; ++i) {
-        out << (i ? "," : "") << renderValue(c->values[i], as);
-    }
-    out << ']';
-    return out.str();
-}
-
-class TransactionReadTest : public ::testing::Test {
+class TransactionReadTest : public vesk::txtest::TransactionTest {
   protected:
-    void SetUp() override {
-        char pattern[] = "/tmp/vesk-tx-read-XXXXXX";
-        ASSERT_NE(mkdtemp(pattern), nullptr);
-        _dir = pattern;
-        std::string error;
-        ASSERT_TRUE(vesk::db::open(_dir, &error)) << error;
-        DBObject me("ManagedElement=1", 1, true, false, IPCData::OPSTATE_ENABLED,
-                    IPCData::ADMSTATE_UNLOCKED);
-        ASSERT_NE(IDatabase::insert(&me, 0), 0);
-        _tx.reset(new VeskDBTransaction(7, _portal));
-        ASSERT_EQ(_tx->startTransactionToDB(), 0);
-    }
-    void TearDown() override {
-        _tx.reset();
-        vesk::db::close();
-        std::filesystem::remove_all(_dir);
-    }
-    // Inserts `key` under `parent` with the attributes, in the transaction (or committed).
-    void put(const std::string& key, const std::string& parent,
-             std::initializer_list<Attribute*> attributes, bool committed = false) {
-        DBObject object(key, 1, true, false, IPCData::OPSTATE_ENABLED, IPCData::ADMSTATE_UNLOCKED,
-                        parent, 1);
-        for (Attribute* a : attributes)
-            object.addAttribute(*a);
-        ASSERT_NE(IDatabase::insert(&object, committed ? 0 : _tx->getDatabaseTxHandle()), 0);
-    }
     // getMoAttribute of `dn`, rendered as `as`; `rc` gets the return code.
     std::string read(const std::string& dn, const std::string& name, int as, int* rc = nullptr) {
         OrlMoAttributeValueResult_3 result = {nullptr, nullptr};
@@ -136,10 +30,6 @@ class TransactionReadTest : public ::testing::Test {
         result.release(result.container);
         return text;
     }
-
-    std::string _dir;
-    OrlMgmtSpiInterfacePortal_1 _portal{};
-    std::unique_ptr<VeskDBTransaction> _tx;
 };
 
 struct Row {
@@ -244,9 +134,9 @@ TEST_F(TransactionReadTest, ReadsSeeTheTransactionsOwnChangesOnly) {
     put("Thing=1", kParent, {attr("kept", 1, 3), attr("gone", 2, 3)}, true);
     put("Thing=2", kParent, {attr("n", 5, 3)});
     ASSERT_NE(IDatabase::setAttribute(kMo, 1, "kept", AttributeVariant(9), false,
-                                      IPCData::AVT_INT32, true, _tx->getDatabaseTxHandle()),
+                                      IPCData::AVT_INT32, true, handle()),
               0);
-    ASSERT_NE(IDatabase::deleteAttribute("gone", kMo, "", _tx->getDatabaseTxHandle()), 0);
+    ASSERT_NE(IDatabase::deleteAttribute("gone", kMo, "", handle()), 0);
 
     EXPECT_EQ(read(kMo, "kept", 3), "-2:[9]");
     EXPECT_EQ(read(kMo, "gone", 3), "-2:[]");
@@ -263,7 +153,7 @@ TEST_F(TransactionReadTest, ReadsSeeTheTransactionsOwnChangesOnly) {
     EXPECT_EQ(VeskDBTransaction::getVeskDBTransaction(), &other);
 
     // Deleted in the transaction: still there for existsMo, nothing to read.
-    ASSERT_NE(IDatabase::deleteObj(kMo, 1, _tx->getDatabaseTxHandle()), 0);
+    ASSERT_NE(IDatabase::deleteObj(kMo, 1, handle()), 0);
     _tx->existsMo(kMo, &exists);
     EXPECT_TRUE(exists);
     LogCapture log;
@@ -279,7 +169,7 @@ TEST_F(TransactionReadTest, PendingValueWinsAndHiddenOrMissingGiveNothing) {
     thing.addAlternateAttribute(*attr("p", 2, 3));
     thing.addAttribute(
         *new Attribute(true, "h", AttributeVariant(4), 0, true, IPCData::AVT_INT32, true, false));
-    ASSERT_NE(IDatabase::insert(&thing, _tx->getDatabaseTxHandle()), 0);
+    ASSERT_NE(IDatabase::insert(&thing, handle()), 0);
     LogCapture log;
     EXPECT_EQ(read(kMo, "p", 3), "-2:[2]");
     EXPECT_EQ(read(kMo, "h", 3), "-2:[]");
@@ -311,7 +201,7 @@ TEST_F(TransactionReadTest, StructsReadTheirVisibleMembersWithPendingValues) {
     entry1.addAttribute(*attr("x", 1, 3));
     entry1.addAlternateAttribute(*attr("x", 5, 3));
     entry1.addAlternateAttribute(*attr("z", 6, 3));
-    ASSERT_NE(IDatabase::insert(&entry1, _tx->getDatabaseTxHandle()), 0);
+    ASSERT_NE(IDatabase::insert(&entry1, handle()), 0);
     put("Thing=1:l=3", kMo, {attr("x", 3, 3)});
     put("Thing=1:e", kMo,
         {new Attribute(true, "x", AttributeVariant(1), 0, true, IPCData::AVT_INT32, true, false)});

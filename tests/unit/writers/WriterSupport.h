@@ -7,14 +7,13 @@
 
 #include <cstdlib>
 #include <memory>
-#include <sstream>
 #include <string>
 #include <vector>
 
 #include "platform/Logger.h"
 #include "plugin/VeskOrlHelper.h"
-#include "transaction/VeskDBTransaction.h"
 #include "unit/agent_model/AgentModelSupport.h"
+#include "unit/transaction/TransactionTestSupport.h"
 
 namespace writer_test {
 
@@ -138,91 +137,23 @@ class HostValue {
     Container _c{0, 0, nullptr};
 };
 
-std::string render(const Container* c);
-
-inline std::string renderValue(const OrlMoAttributeValue_3& v, int type) {
-    std::ostringstream out;
-    switch (type) {
-        case 1:
-            out << int(v.i8);
-            break;
-        case 2:
-            out << v.i16;
-            break;
-        case 3:
-            out << v.i32;
-            break;
-        case 4:
-            out << v.i64;
-            break;
-        case 5:
-            out << unsigned(v.u8);
-            break;
-        case 6:
-            out << v.u16;
-            break;
-        case 7:
-            out << v.u32;
-            break;
-        case 8:
-            out << v.u64;
-            break;
-        case 9:
-            out << '"' << v.theString << '"';
-            break;
-        case 10:
-            out << (v.theBool ? "true" : "false");
-            break;
-        case 11:
-            out << '"' << v.moRef << '"';
-            break;
-        case 12:
-            out << v.theEnum;
-            break;
-        case 16:
-            out << v.decimal64;
-            break;
-        case 14:
-            out << '{';
-            for (auto* m = v.structMember; m != nullptr; m = m->nextMember)
-                out << m->memberName << '=' << render(m->memberValue) << (m->nextMember ? " " : "");
-            out << '}';
-            break;
-        default:
-            out << '?';
-    }
-    return out.str();
-}
-
-// "type:[v1,v2]", strings quoted, structs as {name=type:[...] ...}.
-inline std::string render(const Container* c) {
-    if (c == nullptr)
-        return "null";
-    std::ostringstream out;
-    out << c->type << ":[";
-    for (uint32_t i = 0; c->values != nullptr && i < c->nrOfValues; ++i)
-        out << (i ? "," : "") << renderValue(c->values[i], c->type);
-    out << ']';
-    return out.str();
-}
+using vesk::txtest::render;
 
 // The station model, a database with ManagedElement=1 and the LTE MOs down to a frequency
 // relation committed, and an open transaction.
-class WriterFixture : public ::testing::Test {
+class WriterFixture : public vesk::txtest::TransactionTest {
   protected:
     void SetUp() override {
+        TransactionTest::SetUp();
         commitObject("ENodeBFunction=1", kMe);
         commitObject("EUtranCellFDD=1", kEnb);
         commitObject("EUtranFreqRelation=1", kCell);
-        _tx.reset(new TibVeskCM::VeskDBTransaction(11, _portal));
-        ASSERT_EQ(_tx->startTransactionToDB(), 0);
     }
     void commitObject(const std::string& rdn, const std::string& parent) {
         DBObject object(rdn, 1, true, false, IPCData::OPSTATE_ENABLED, IPCData::ADMSTATE_UNLOCKED,
                         parent, 1);
         ASSERT_NE(IDatabase::insert(&object, 0), 0) << rdn;
     }
-    int handle() const { return _tx->getDatabaseTxHandle(); }
     // Commits the open transaction and opens the next one.
     void commitAndReopen() {
         ASSERT_NE(IDatabase::transaction(IPCData::OP_TX_COMMIT, handle(), false), 0);
@@ -253,11 +184,8 @@ class WriterFixture : public ::testing::Test {
         return object != nullptr;
     }
 
-    agent_model_test::StationDatabase _db;
     agent_model_test::ModelHarness _model{agent_model_test::stationSchema(),
                                           agent_model_test::kTestDataDir + "/none.xml"};
-    OrlMgmtSpiInterfacePortal_1 _portal{};
-    std::unique_ptr<TibVeskCM::VeskDBTransaction> _tx;
 };
 
 }  // namespace writer_test
