@@ -186,7 +186,8 @@ TEST(StateMachine, DestructionWithEventsInFlightProcessesOrDropsEachOnce) {
         machine.start();
         for (int i = 0; i < 200; ++i)
             machine.enqueueEvent(PayloadEvent(kWork, 0, i), false);
-        std::this_thread::sleep_for(std::chrono::milliseconds(5));
+        // Stop while the queue is part way through, whatever the load of the machine.
+        ASSERT_TRUE(waitUntil([&] { return machine.seenCount() > 0; }));
         machine.stopQueue();
         processed = machine.seenCount();
         EXPECT_FALSE(machine.enqueueEvent(PayloadEvent(kWork, 0, 999), false));
