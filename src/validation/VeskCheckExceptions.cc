@@ -187,65 +187,59 @@ std::string VeskCheckExceptions::otherFlag(const std::string& attributeName) {
     return "";
 }
 
-bool VeskCheckExceptions::check_includeInSystemInformationAndRel9AttributeValidity(
-    const char* dn, const char* attributeName, bool value) {
-    std::string other = otherFlag(attributeName);
+// Reads the other flag of the pair from the committed object, from its regular or its alternate
+// slots; false (after the caller's error line) when the object, either flag or a bool is missing.
+bool VeskCheckExceptions::readOtherFlag(const char* dn, const char* attributeName, bool alternate,
+                                        const char* fn, bool* value) {
+    const std::string other = otherFlag(attributeName);
     std::unique_ptr<DBObject> object(IDatabase::getObject(dn, 1, 0));
     if (!object) {
         VESK_TRACE("returning FALSE");
         return false;
     }
+    auto slot = [&](const std::string& name) {
+        return alternate ? object->getAlternateAttribute(name) : object->getAttribute(name);
+    };
     for (const std::string& name : {std::string(attributeName), other}) {
-        if (object->getAttribute(name) == nullptr) {
-            VESK_ERROR("VeskCheckExceptions::%s, Failed to get attribute %s.", __func__,
-                       name.c_str());
+        if (slot(name) == nullptr) {
+            VESK_ERROR("VeskCheckExceptions::%s, Failed to get %sattribute %s.", fn,
+                       alternate ? "alternate " : "", name.c_str());
             return false;
         }
     }
-    bool stored = false;
     try {
-        stored = boost::get<bool>(object->getAttribute(other)->value);
+        *value = boost::get<bool>(slot(other)->value);
     } catch (boost::bad_get&) {
-        VESK_ERROR("VeskCheckExceptions::%s, Boost Bad Get! When reading value of %s.", __func__,
+        VESK_ERROR("VeskCheckExceptions::%s, Boost Bad Get! When reading value of %s.", fn,
                    other.c_str());
         return false;
     }
+    return true;
+}
+
+bool VeskCheckExceptions::check_includeInSystemInformationAndRel9AttributeValidity(
+    const char* dn, const char* attributeName, bool value) {
+    bool stored = false;
+    if (!readOtherFlag(dn, attributeName, false, __func__, &stored))
+        return false;
     bool conflict = stored && value;
     VESK_INFO(
         "VeskCheckExceptions::%s dn: %s attribute: %s check from DB  attribute: %s, returning "
         "retVal: %d",
-        __func__, dn, attributeName, other.c_str(), conflict);
+        __func__, dn, attributeName, otherFlag(attributeName).c_str(), conflict);
     return conflict;
 }
 
 bool VeskCheckExceptions::checkAltStorage_includeInSystemInformationAndRel9AttributeValidity(
     const char* dn, const char* attributeName, bool value) {
-    std::string other = otherFlag(attributeName);
-    std::unique_ptr<DBObject> object(IDatabase::getObject(dn, 1, 0));
-    if (!object) {
-        VESK_TRACE("returning FALSE");
-        return false;
-    }
-    for (const std::string& name : {std::string(attributeName), other}) {
-        if (object->getAlternateAttribute(name) == nullptr) {
-            VESK_ERROR("VeskCheckExceptions::%s, Failed to get alternate attribute %s.", __func__,
-                       name.c_str());
-            return false;
-        }
-    }
     bool pending = false;
-    try {
-        pending = boost::get<bool>(object->getAlternateAttribute(other)->value);
-    } catch (boost::bad_get&) {
-        VESK_ERROR("VeskCheckExceptions::%s, Boost Bad Get! When reading value of %s.", __func__,
-                   other.c_str());
+    if (!readOtherFlag(dn, attributeName, true, __func__, &pending))
         return false;
-    }
     bool conflict = pending && value;
     VESK_INFO(
         "VeskCheckExceptions::%s dn: %s alternate attribute: %s check from Alternate storage "
         "attribute: %s, returning retVal: %d refValue: %d",
-        __func__, dn, attributeName, other.c_str(), conflict, pending);
+        __func__, dn, attributeName, otherFlag(attributeName).c_str(), conflict, pending);
     return conflict;
 }
 

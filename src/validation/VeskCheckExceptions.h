@@ -54,6 +54,8 @@ class VeskCheckExceptions {
   private:
     // The other flag of the pair, or "" for any other name.
     static std::string otherFlag(const std::string& attributeName);
+    static bool readOtherFlag(const char* dn, const char* attributeName, bool alternate,
+                              const char* fn, bool* value);
     // True if a committed instance of `cellClass` (struct objects aside) is enabled. Logs each
     // enabled one against `dn`.
     bool anyEnabledCell(const std::string& cellClass, const std::string& dn);
