@@ -11,8 +11,8 @@
 #include <string>
 #include <vector>
 
+#include "bench/AgentBench.h"
 #include "host/Host.h"
-#include "host/model/StationLoader.h"
 #include "platform/IDatabase.h"
 #include "station/log/LogControl.h"
 
@@ -78,30 +78,14 @@ void ensureAgent() {
     vesk::log::setThreshold(2);  // the unknown attributes' warnings are not written
     char pattern[] = "/tmp/vesk-bench-reads-XXXXXX";
     g_dir = mkdtemp(pattern);
-    g_host.reset(new vesk::host::Host);
+    g_host = vesk::bench::openDemoHost(g_dir, kData);
     std::string error;
-    if (!g_host->openState(g_dir, &error) || !g_host->loadModel(kData + "/model", &error)) {
-        fprintf(stderr, "%s\n", error.c_str());
-        abort();
-    }
-    vesk::host::model::StationLoader loader(*g_host->model());
-    if (!loader.load(kData + "/station/demo-station.xml", kData + "/station/station-objects.xml",
-                     &error)) {
-        fprintf(stderr, "%s\n", error.c_str());
-        abort();
-    }
     grow();
     if (g_host->load(VESK_AGENT_PATH, &error) != vesk::host::Host::kLoaded ||
         g_host->start() != OrlOk || g_host->begin(&g_tx) != OrlOk) {
         fprintf(stderr, "agent: %s\n", error.c_str());
         abort();
     }
-}
-
-void report(benchmark::State& state, std::vector<double>& us) {
-    std::sort(us.begin(), us.end());
-    state.counters["p50_us"] = us[us.size() / 2];
-    state.counters["p99_us"] = us[us.size() * 99 / 100];
 }
 
 void BM_GetMoAttribute(benchmark::State& state) {
@@ -116,7 +100,7 @@ void BM_GetMoAttribute(benchmark::State& state) {
             state.SkipWithError("no value");
         result.release(result.container);
     }
-    report(state, us);
+    vesk::bench::reportPercentiles(state, us);
 }
 BENCHMARK(BM_GetMoAttribute);
 
@@ -139,7 +123,7 @@ void BM_GetMoAttributes20(benchmark::State& state) {
             state.SkipWithError("no value");
         result.release(result.containers);
     }
-    report(state, us);
+    vesk::bench::reportPercentiles(state, us);
 }
 BENCHMARK(BM_GetMoAttributes20);
 
@@ -159,7 +143,7 @@ void BM_IteratorWalk10000(benchmark::State& state) {
         if (walked != kWalk)
             state.SkipWithError("walk is short");
     }
-    report(state, us);
+    vesk::bench::reportPercentiles(state, us);
 }
 BENCHMARK(BM_IteratorWalk10000)->Unit(benchmark::kMillisecond);
 

@@ -12,8 +12,8 @@
 #include <string>
 #include <vector>
 
+#include "bench/AgentBench.h"
 #include "host/Host.h"
-#include "host/model/StationLoader.h"
 #include "platform/IDatabase.h"
 #include "station/log/LogControl.h"
 
@@ -42,30 +42,14 @@ void ensureAgent() {
     std::string pattern =
         std::string(base != nullptr ? base : "/tmp") + "/vesk-bench-writes-XXXXXX";
     g_dir = mkdtemp(&pattern[0]);
-    g_host.reset(new vesk::host::Host);
+    g_host = vesk::bench::openDemoHost(g_dir, kData);
     std::string error;
-    if (!g_host->openState(g_dir, &error) || !g_host->loadModel(kData + "/model", &error)) {
-        fprintf(stderr, "%s\n", error.c_str());
-        abort();
-    }
-    vesk::host::model::StationLoader loader(*g_host->model());
-    if (!loader.load(kData + "/station/demo-station.xml", kData + "/station/station-objects.xml",
-                     &error)) {
-        fprintf(stderr, "%s\n", error.c_str());
-        abort();
-    }
     if (g_host->load(VESK_AGENT_PATH, &error) != vesk::host::Host::kLoaded ||
         g_host->start() != OrlOk) {
         fprintf(stderr, "agent: %s\n", error.c_str());
         abort();
     }
     g_host->openSession(vesk::host::kProtocolCli, "bench");
-}
-
-void report(benchmark::State& state, std::vector<double>& us) {
-    std::sort(us.begin(), us.end());
-    state.counters["p50_us"] = us[us.size() / 2];
-    state.counters["p99_us"] = us[us.size() * 99 / 100];
 }
 
 double since(Clock::time_point start) {
@@ -124,7 +108,7 @@ void BM_Create1000MosAndCommit(benchmark::State& state) {
         first += kNodes;
         state.ResumeTiming();
     }
-    report(state, us);
+    vesk::bench::reportPercentiles(state, us);
 }
 BENCHMARK(BM_Create1000MosAndCommit)->Unit(benchmark::kMillisecond);
 
@@ -153,7 +137,7 @@ void BM_SetAttributeAndCommit(benchmark::State& state) {
     Attribute* stored = IDatabase::getAttribute(kCell, "userLabel", 0);
     if (stored == nullptr || stored->ToStr() != text)
         state.SkipWithError("the last label is not committed");
-    report(state, us);
+    vesk::bench::reportPercentiles(state, us);
 }
 BENCHMARK(BM_SetAttributeAndCommit);
 
