@@ -100,6 +100,38 @@ TEST_F(RepositoryTest, EveryClassOfTheSourcesIsReachableFromManagedElement) {
         }
     }
     EXPECT_EQ(reached, classesInSources());
+    for (const char* name : {"Equipment",
+                             "RbsUnit",
+                             "WifiModule",
+                             "PmJob",
+                             "MeasurementReader",
+                             "EventJob",
+                             "SwM",
+                             "UpgradePackage",
+                             "BrmBackup",
+                             "BrmBackupHousekeeping",
+                             "BrmRollbackAtRestore",
+                             "CertM",
+                             "EUtranFrequency",
+                             "ExternalENodeBFunction",
+                             "ExternalEUtranCellFDD",
+                             "ExternalEUtranCellTDD",
+                             "ExternalUtranCellFDD",
+                             "TermPointToMme",
+                             "EUtranCellFDD",
+                             "EUtranCellTDD",
+                             "EUtranFreqRelation",
+                             "EUtranCellRelation",
+                             "UtranCellRelation",
+                             "Cdma20001xRttCellRelation",
+                             "WiFiChannelSelection",
+                             "QciProfileOperatorDefined",
+                             "NodeBFunction",
+                             "NodeBLocalCell",
+                             "AntennaTxCarrier",
+                             "AntennaRxCarrier"}) {
+        EXPECT_TRUE(reached.count(name)) << "missing class " << name;
+    }
 
     // Each class is keyed by one string attribute named after it, mandatory and first.
     for (const std::string& name : reached) {

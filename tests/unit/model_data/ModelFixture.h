@@ -4,7 +4,6 @@
 
 #include <gtest/gtest.h>
 
-#include <cctype>
 #include <functional>
 #include <sstream>
 #include <string>
@@ -29,11 +28,6 @@ inline std::vector<std::string> split(const std::string& text, char sep) {
         parts.push_back(part);
     }
     return parts;
-}
-
-inline std::string keyName(const std::string& className) {
-    return std::string(1, static_cast<char>(std::tolower(className[0]))) + className.substr(1) +
-           "Id";
 }
 
 class ModelData : public ::testing::Test {
