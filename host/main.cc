@@ -71,7 +71,7 @@ int prepare(vesk::host::Host& host, const vesk::host::HostOptions& options) {
         return fail(kModel, "cannot load the model: " + error);
     }
     if (!host.openState(options.stateDirectory, &error)) {
-        return fail(kState, "cannot open state directory " + options.stateDirectory + ": " + error);
+        return fail(kState, error);
     }
     return options.loadStation.empty() ? kOk : loadStation(host, options);
 }

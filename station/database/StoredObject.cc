@@ -213,8 +213,13 @@ bool readValue(Reader& r, int which, AttributeVariant* value) {
             return readPod<unsigned int>(r, value);
         case AV_ULONGLONG:
             return readPod<unsigned long long>(r, value);
-        case AV_BOOL:
-            return readPod<bool>(r, value);
+        case AV_BOOL: {  // a byte other than 0 or 1 is no bool: read as a byte
+            uint8_t byte = 0;
+            if (!r.pod(&byte))
+                return false;
+            *value = byte != 0;
+            return true;
+        }
         case AV_STRING:
         case AV_CSTRING: {
             std::string s;
