@@ -12,9 +12,9 @@
 #include <thread>
 
 #include "station/database/Database.h"
+#include "station/database/FaultDisk.h"
 #include "station/log/LogControl.h"
 #include "unit/database/DatabaseTestSupport.h"
-#include "unit/database/FaultVfs.h"
 
 namespace vesk {
 namespace dbtest {
@@ -138,7 +138,7 @@ TEST(CrashTest, PowerCutsLoseNoAcknowledgedTransaction) {
     const unsigned kSeed = 20261124;
     SCOPED_TRACE(testing::Message() << "seed " << kSeed);
     std::mt19937 random(kSeed);
-    FaultVfs disk;
+    db::FaultDisk disk;
     TempDir dir;
     int acknowledged = 0;
     for (int cut = 0; cut < 100 && !HasFailure(); ++cut) {

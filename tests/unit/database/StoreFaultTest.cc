@@ -7,9 +7,9 @@
 #include <functional>
 
 #include "station/database/Database.h"
+#include "station/database/FaultDisk.h"
 #include "station/log/LogControl.h"
 #include "unit/database/DatabaseTestSupport.h"
-#include "unit/database/FaultVfs.h"
 
 namespace vesk {
 namespace dbtest {
@@ -66,7 +66,7 @@ class StoreFaultTest : public ::testing::Test {
         return text;
     }
 
-    FaultVfs _disk;
+    db::FaultDisk _disk;
     std::unique_ptr<TempDir> _dir;
 };
 

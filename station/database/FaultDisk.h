@@ -1,7 +1,9 @@
-// A disk of the tests' own under the station's store: a SQLite VFS over the default one, made the
-// default while it lives, so that every file operation of the store passes through it. It counts
-// writes and syncs, injects faults, and keeps each file's bytes as of its last successful sync,
-// so that a loss of power can be played: restoreSynced() puts every file back to that.
+// The station's failing disk, for fault injection in tests and trials: a SQLite VFS over the
+// default one, made the default while a FaultDisk lives, so that every file operation of the store
+// opened meanwhile passes through it. It counts writes and syncs, injects faults, and keeps each
+// file's bytes as of its last successful sync, so that a loss of power can be played:
+// restoreSynced() puts every file back to that. It does not call the real sync: what survives a
+// loss of power is its own record. One at a time per process; any thread.
 #pragma once
 
 #include <sqlite3.h>
@@ -12,14 +14,14 @@
 #include <vector>
 
 namespace vesk {
-namespace dbtest {
+namespace db {
 
-class FaultVfs {
+class FaultDisk {
   public:
-    FaultVfs();
-    ~FaultVfs();
-    FaultVfs(const FaultVfs&) = delete;
-    FaultVfs& operator=(const FaultVfs&) = delete;
+    FaultDisk();
+    ~FaultDisk();
+    FaultDisk(const FaultDisk&) = delete;
+    FaultDisk& operator=(const FaultDisk&) = delete;
 
     // Faults, counted from the call: the `nth` write fails with EIO; the `nth` sync fails and
     // syncs nothing; every write that would grow a file fails with "disk full" until clear(); the
@@ -72,5 +74,5 @@ class FaultVfs {
     bool _diskFull = false, _powerOff = false;
 };
 
-}  // namespace dbtest
+}  // namespace db
 }  // namespace vesk

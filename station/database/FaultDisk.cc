@@ -1,4 +1,4 @@
-#include "unit/database/FaultVfs.h"
+#include "station/database/FaultDisk.h"
 
 #include <cstring>
 #include <filesystem>
@@ -6,20 +6,20 @@
 #include <sstream>
 
 namespace vesk {
-namespace dbtest {
+namespace db {
 
 // The real file lies in the same allocation, right after this header.
-struct FaultVfs::File {
+struct FaultDisk::File {
     sqlite3_file base;
-    FaultVfs* owner;
+    FaultDisk* owner;
     std::string path;
     sqlite3_file* real() { return reinterpret_cast<sqlite3_file*>(this + 1); }
 };
 
 namespace {
 
-FaultVfs::File* of(sqlite3_file* file) {
-    return reinterpret_cast<FaultVfs::File*>(file);
+FaultDisk::File* of(sqlite3_file* file) {
+    return reinterpret_cast<FaultDisk::File*>(file);
 }
 
 sqlite3_file* realOf(sqlite3_file* file) {
@@ -35,92 +35,92 @@ std::string readWhole(const std::string& path) {
 
 }  // namespace
 
-FaultVfs::FaultVfs() : _real(sqlite3_vfs_find(nullptr)) {
+FaultDisk::FaultDisk() : _real(sqlite3_vfs_find(nullptr)) {
     std::memset(&_vfs, 0, sizeof _vfs);
     _vfs.iVersion = 2;
     _vfs.szOsFile = static_cast<int>(sizeof(File)) + _real->szOsFile;
     _vfs.mxPathname = _real->mxPathname;
     _vfs.zName = "vesk-test-disk";
     _vfs.pAppData = this;
-    _vfs.xOpen = &FaultVfs::open;
-    _vfs.xDelete = &FaultVfs::remove;
+    _vfs.xOpen = &FaultDisk::open;
+    _vfs.xDelete = &FaultDisk::remove;
     _vfs.xAccess = [](sqlite3_vfs* v, const char* n, int f, int* out) {
-        sqlite3_vfs* real = static_cast<FaultVfs*>(v->pAppData)->_real;
+        sqlite3_vfs* real = static_cast<FaultDisk*>(v->pAppData)->_real;
         return real->xAccess(real, n, f, out);
     };
     _vfs.xFullPathname = [](sqlite3_vfs* v, const char* n, int size, char* out) {
-        sqlite3_vfs* real = static_cast<FaultVfs*>(v->pAppData)->_real;
+        sqlite3_vfs* real = static_cast<FaultDisk*>(v->pAppData)->_real;
         return real->xFullPathname(real, n, size, out);
     };
     _vfs.xRandomness = [](sqlite3_vfs* v, int n, char* out) {
-        sqlite3_vfs* real = static_cast<FaultVfs*>(v->pAppData)->_real;
+        sqlite3_vfs* real = static_cast<FaultDisk*>(v->pAppData)->_real;
         return real->xRandomness(real, n, out);
     };
     _vfs.xSleep = [](sqlite3_vfs* v, int micros) {
-        sqlite3_vfs* real = static_cast<FaultVfs*>(v->pAppData)->_real;
+        sqlite3_vfs* real = static_cast<FaultDisk*>(v->pAppData)->_real;
         return real->xSleep(real, micros);
     };
     _vfs.xCurrentTime = [](sqlite3_vfs* v, double* now) {
-        sqlite3_vfs* real = static_cast<FaultVfs*>(v->pAppData)->_real;
+        sqlite3_vfs* real = static_cast<FaultDisk*>(v->pAppData)->_real;
         return real->xCurrentTime(real, now);
     };
     _vfs.xGetLastError = [](sqlite3_vfs* v, int n, char* out) {
-        sqlite3_vfs* real = static_cast<FaultVfs*>(v->pAppData)->_real;
+        sqlite3_vfs* real = static_cast<FaultDisk*>(v->pAppData)->_real;
         return real->xGetLastError(real, n, out);
     };
     _vfs.xCurrentTimeInt64 = [](sqlite3_vfs* v, sqlite3_int64* now) {
-        sqlite3_vfs* real = static_cast<FaultVfs*>(v->pAppData)->_real;
+        sqlite3_vfs* real = static_cast<FaultDisk*>(v->pAppData)->_real;
         return real->xCurrentTimeInt64(real, now);
     };
     sqlite3_vfs_register(&_vfs, 1);
 }
 
-FaultVfs::~FaultVfs() {
+FaultDisk::~FaultDisk() {
     sqlite3_vfs_unregister(&_vfs);
     sqlite3_vfs_register(_real, 1);
 }
 
-void FaultVfs::arm() {
+void FaultDisk::arm() {
     _armedWrites = _armedSyncs = 0;
     _failWriteAt = _failSyncAt = _cutAt = 0;
     _diskFull = false;
 }
 
-void FaultVfs::failWrite(int nth) {
+void FaultDisk::failWrite(int nth) {
     std::lock_guard<std::mutex> lock(_mutex);
     arm();
     _failWriteAt = nth;
 }
 
-void FaultVfs::failSync(int nth) {
+void FaultDisk::failSync(int nth) {
     std::lock_guard<std::mutex> lock(_mutex);
     arm();
     _failSyncAt = nth;
 }
 
-void FaultVfs::fillDisk() {
+void FaultDisk::fillDisk() {
     std::lock_guard<std::mutex> lock(_mutex);
     arm();
     _diskFull = true;
 }
 
-void FaultVfs::cutPower(int nth) {
+void FaultDisk::cutPower(int nth) {
     std::lock_guard<std::mutex> lock(_mutex);
     arm();
     _cutAt = nth;
 }
 
-void FaultVfs::clear() {
+void FaultDisk::clear() {
     std::lock_guard<std::mutex> lock(_mutex);
     arm();
 }
 
-bool FaultVfs::powerIsOff() const {
+bool FaultDisk::powerIsOff() const {
     std::lock_guard<std::mutex> lock(_mutex);
     return _powerOff;
 }
 
-void FaultVfs::restoreSynced() {
+void FaultDisk::restoreSynced() {
     std::lock_guard<std::mutex> lock(_mutex);
     for (const auto& entry : _images) {
         if (entry.second.exists) {
@@ -133,7 +133,7 @@ void FaultVfs::restoreSynced() {
     _powerOff = false;
 }
 
-void FaultVfs::copySynced(const std::string& from, const std::string& to) const {
+void FaultDisk::copySynced(const std::string& from, const std::string& to) const {
     std::lock_guard<std::mutex> lock(_mutex);
     std::filesystem::create_directories(to);
     for (const auto& entry : _images) {
@@ -143,23 +143,23 @@ void FaultVfs::copySynced(const std::string& from, const std::string& to) const 
     }
 }
 
-int FaultVfs::writes() const {
+int FaultDisk::writes() const {
     std::lock_guard<std::mutex> lock(_mutex);
     return _writes;
 }
 
-std::vector<std::string> FaultVfs::synced() const {
+std::vector<std::string> FaultDisk::synced() const {
     std::lock_guard<std::mutex> lock(_mutex);
     return _synced;
 }
 
-void FaultVfs::resetCounts() {
+void FaultDisk::resetCounts() {
     std::lock_guard<std::mutex> lock(_mutex);
     _writes = 0;
     _synced.clear();
 }
 
-int FaultVfs::nextOperation(bool isSync) {
+int FaultDisk::nextOperation(bool isSync) {
     std::lock_guard<std::mutex> lock(_mutex);
     int& count = isSync ? _armedSyncs : _armedWrites;
     ++count;
@@ -172,8 +172,8 @@ int FaultVfs::nextOperation(bool isSync) {
     return SQLITE_OK;
 }
 
-int FaultVfs::open(sqlite3_vfs* vfs, const char* name, sqlite3_file* file, int flags, int* out) {
-    auto* self = static_cast<FaultVfs*>(vfs->pAppData);
+int FaultDisk::open(sqlite3_vfs* vfs, const char* name, sqlite3_file* file, int flags, int* out) {
+    auto* self = static_cast<FaultDisk*>(vfs->pAppData);
     File* f = of(file);
     f->base.pMethods = nullptr;
     f->owner = self;
@@ -194,13 +194,13 @@ int FaultVfs::open(sqlite3_vfs* vfs, const char* name, sqlite3_file* file, int f
     }
     static const sqlite3_io_methods methods = {
         2,
-        &FaultVfs::close,
+        &FaultDisk::close,
         [](sqlite3_file* x, void* data, int amount, sqlite3_int64 offset) {
             return realOf(x)->pMethods->xRead(realOf(x), data, amount, offset);
         },
-        &FaultVfs::write,
-        &FaultVfs::truncate,
-        &FaultVfs::sync,
+        &FaultDisk::write,
+        &FaultDisk::truncate,
+        &FaultDisk::sync,
         [](sqlite3_file* x, sqlite3_int64* size) {
             return realOf(x)->pMethods->xFileSize(realOf(x), size);
         },
@@ -231,8 +231,8 @@ int FaultVfs::open(sqlite3_vfs* vfs, const char* name, sqlite3_file* file, int f
     return SQLITE_OK;
 }
 
-int FaultVfs::remove(sqlite3_vfs* vfs, const char* name, int syncDirectory) {
-    auto* self = static_cast<FaultVfs*>(vfs->pAppData);
+int FaultDisk::remove(sqlite3_vfs* vfs, const char* name, int syncDirectory) {
+    auto* self = static_cast<FaultDisk*>(vfs->pAppData);
     {
         std::lock_guard<std::mutex> lock(self->_mutex);
         if (self->_powerOff)
@@ -242,7 +242,7 @@ int FaultVfs::remove(sqlite3_vfs* vfs, const char* name, int syncDirectory) {
     return self->_real->xDelete(self->_real, name, syncDirectory);
 }
 
-int FaultVfs::write(sqlite3_file* file, const void* data, int amount, sqlite3_int64 offset) {
+int FaultDisk::write(sqlite3_file* file, const void* data, int amount, sqlite3_int64 offset) {
     File* f = of(file);
     if (f->owner->nextOperation(false) != SQLITE_OK)
         return SQLITE_IOERR_WRITE;
@@ -259,7 +259,7 @@ int FaultVfs::write(sqlite3_file* file, const void* data, int amount, sqlite3_in
     return f->real()->pMethods->xWrite(f->real(), data, amount, offset);
 }
 
-int FaultVfs::truncate(sqlite3_file* file, sqlite3_int64 size) {
+int FaultDisk::truncate(sqlite3_file* file, sqlite3_int64 size) {
     File* f = of(file);
     if (f->owner->powerIsOff())
         return SQLITE_IOERR_TRUNCATE;
@@ -267,7 +267,7 @@ int FaultVfs::truncate(sqlite3_file* file, sqlite3_int64 size) {
 }
 
 // The disk's own sync is not called: what survives a loss of power is this disk's record.
-int FaultVfs::sync(sqlite3_file* file, int) {
+int FaultDisk::sync(sqlite3_file* file, int) {
     File* f = of(file);
     if (f->owner->nextOperation(true) != SQLITE_OK)
         return SQLITE_IOERR_FSYNC;
@@ -275,7 +275,7 @@ int FaultVfs::sync(sqlite3_file* file, int) {
     return SQLITE_OK;
 }
 
-void FaultVfs::keepSynced(File* file) {
+void FaultDisk::keepSynced(File* file) {
     if (file->path.empty())
         return;
     std::string bytes = readWhole(file->path);
@@ -286,7 +286,7 @@ void FaultVfs::keepSynced(File* file) {
     _synced.push_back(file->path);
 }
 
-int FaultVfs::close(sqlite3_file* file) {
+int FaultDisk::close(sqlite3_file* file) {
     File* f = of(file);
     int rc = f->real()->pMethods->xClose(f->real());
     using std::string;
@@ -294,5 +294,5 @@ int FaultVfs::close(sqlite3_file* file) {
     return rc;
 }
 
-}  // namespace dbtest
+}  // namespace db
 }  // namespace vesk
