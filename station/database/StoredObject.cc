@@ -164,6 +164,7 @@ class Reader {
         return true;
     }
     bool atEnd() const { return _pos == _size; }
+    size_t left() const { return _size - _pos; }
 
   private:
     const char* _data;
@@ -246,6 +247,9 @@ void writeSet(Writer& w, const AttributeSet& set) {
     }
 }
 
+// Name length, type, id, slot, hidden flag, alternative and a value of at least one byte.
+constexpr size_t kSmallestAttribute = 4 + 3 * 4 + 2 + 1;
+
 bool readAttribute(Reader& r, StoredAttribute* a) {
     int32_t type = 0;
     uint8_t hidden = 0, which = 0;
@@ -260,8 +264,9 @@ bool readAttribute(Reader& r, StoredAttribute* a) {
 
 bool readSet(Reader& r, AttributeSet* set) {
     uint32_t count = 0;
-    if (!r.pod(&count))
+    if (!r.pod(&count) || count > r.left() / kSmallestAttribute)
         return false;
+    set->reserve(count);
     for (uint32_t i = 0; i < count; ++i) {
         StoredAttribute a;
         if (!readAttribute(r, &a))
