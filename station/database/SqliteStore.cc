@@ -118,7 +118,8 @@ bool SqliteStore::open(const std::string& path, bool mayCreate, std::string* err
             return false;
         }
         if (!mayCreate) {
-            *error = path + ": there is no store";
+            *error =
+                path + ": there is no store (a new one is made only in an empty state directory)";
             return false;
         }
         if (!create(path, error))
@@ -127,7 +128,9 @@ bool SqliteStore::open(const std::string& path, bool mayCreate, std::string* err
         *error = path + ": the store file is empty (damaged or never finished)";
         return false;
     }
-    if (sqlite3_open_v2(path.c_str(), &_db, SQLITE_OPEN_READWRITE, nullptr) != SQLITE_OK) {
+    // The owner serialises every call, so SQLite's own locking of the connection is left out.
+    if (sqlite3_open_v2(path.c_str(), &_db, SQLITE_OPEN_READWRITE | SQLITE_OPEN_NOMUTEX, nullptr) !=
+        SQLITE_OK) {
         *error = reason("cannot open");
         close();
         return false;
