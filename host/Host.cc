@@ -37,7 +37,13 @@ Host::~Host() {
 
 bool Host::openState(const std::string& directory, std::string* error) {
     vesk::station::setStateDirectory(directory);
-    if (!vesk::db::open(directory, error)) {
+    std::string reason;
+    vesk::db::OpenStatus status = vesk::db::open(directory, vesk::db::OpenOptions(), &reason);
+    if (status != vesk::db::OpenStatus::kOpened) {
+        // Another process's directory is refused with the store's own line.
+        *error = status == vesk::db::OpenStatus::kInUse
+                     ? reason
+                     : "cannot open state directory " + directory + ": " + reason;
         return false;
     }
     _stateOpen = true;

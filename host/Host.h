@@ -37,8 +37,9 @@ class Host {
     Host(const Host&) = delete;
     Host& operator=(const Host&) = delete;
 
-    // Gives the station its state directory and opens the database there. False, with the
-    // reason in `error`, if it cannot be opened.
+    // Gives the station its state directory and opens the database there. False, with the line
+    // to show in `error`, if it cannot be opened: "the state directory DIR is in use by process
+    // PID" when another process has it, else "cannot open state directory DIR: " and the reason.
     bool openState(const std::string& directory, std::string* error);
 
     // Parses the station model (module "vesk-station" in `directory`) and offers the model

@@ -3,9 +3,10 @@
 // components, terminates the plug-in and exits.
 //
 // Exit status: 0 after a clean run; 1 bad options or log file; 2 the state directory or its
-// database cannot be opened; 3 the plug-in cannot be loaded (no file, or no entry symbol); 4 its
-// init refused; 5 a component failed to start; 6 the station model is missing or invalid; 7 the
-// station data file given with --load could not be loaded; 8 a command failed under --strict.
+// database cannot be opened, or another process has the directory; 3 the plug-in cannot be loaded
+// (no file, or no entry symbol); 4 its init refused; 5 a component failed to start; 6 the station
+// model is missing or invalid; 7 the station data file given with --load could not be loaded; 8 a
+// command failed under --strict.
 #include <signal.h>
 
 #include <cstdlib>
@@ -71,7 +72,7 @@ int prepare(vesk::host::Host& host, const vesk::host::HostOptions& options) {
         return fail(kModel, "cannot load the model: " + error);
     }
     if (!host.openState(options.stateDirectory, &error)) {
-        return fail(kState, "cannot open state directory " + options.stateDirectory + ": " + error);
+        return fail(kState, error);
     }
     return options.loadStation.empty() ? kOk : loadStation(host, options);
 }

@@ -6,13 +6,27 @@
 namespace vesk {
 namespace db {
 
-// Opens the store under `stateDir` (creating the folder and an empty store if there is none) and
-// loads the committed state. A corrupt or unreadable store is refused: false, with the file and
-// the reason in `error`, and nothing is replaced. One store is open per process at a time; opening
-// while one is open fails. Not to be called concurrently with other database operations.
+struct OpenOptions {
+    // Makes a new, empty store when the state directory holds none, even if it holds other
+    // files. Without it, a new store is made only in an empty (or missing) directory.
+    bool create = false;
+};
+
+enum class OpenStatus { kOpened, kInUse, kRefused };
+
+// Locks `stateDir` for this process (creating the folder if there is none), then opens its store
+// and loads the committed state. kInUse, with "the state directory DIR is in use by process PID"
+// in `error`, when another process holds the lock. kRefused, with the file and the reason in
+// `error`, for a store that is damaged (the first damaged object's dn and what is wrong), empty,
+// not of this kind, or missing from a directory that is not empty; nothing is changed on disk.
+// One store is open per process at a time; opening while one is open is refused. Not to be called
+// concurrently with other database operations.
+OpenStatus open(const std::string& stateDir, const OpenOptions& options, std::string* error);
+// open(stateDir, {}, error) == OpenStatus::kOpened.
 bool open(const std::string& stateDir, std::string* error);
 
-// Rolls back open handles, stops the notifier, makes the committed state durable and closes.
+// Rolls back open handles, stops the notifier, folds the log into the main file, closes the
+// store and releases the state directory.
 // Safe to call when nothing is open.
 void close();
 

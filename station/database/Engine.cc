@@ -22,17 +22,20 @@ struct Engine::Resolved {
     ObjectPtr object;
 };
 
-std::unique_ptr<Engine> Engine::open(const std::string& path, std::string* error) {
+std::unique_ptr<Engine> Engine::open(const std::string& path, bool mayCreate, std::string* error) {
     std::unique_ptr<Engine> engine(new Engine());
-    if (!engine->_store.open(path, error))
+    if (!engine->_store.open(path, mayCreate, error))
         return nullptr;
     CommittedState& state = engine->_state;
     bool ok = engine->_store.loadAll(
         [&state](StoredObject&& object) {
+            if (state.find(object.fullDn) != nullptr)
+                return false;
             object.key = keyOf(object.fullDn);
             object.className = classOfKey(object.key);
             object.parentDn = parentOf(object.fullDn);
             state.put(std::make_shared<const StoredObject>(std::move(object)));
+            return true;
         },
         error);
     if (!ok)
@@ -102,8 +105,11 @@ bool Engine::commitOverlay(const Overlay& overlay, const char* fn) {
     CommitPlan plan(_state, overlay);
     if (plan.empty())
         return true;
+    std::vector<uint64_t> removes;
+    for (const std::string& dn : plan.removes())
+        removes.push_back(_state.find(dn)->seq);
     std::string error;
-    if (!_store.apply(plan.puts(), plan.removes(), &error)) {
+    if (!_store.apply(plan.puts(), removes, &error)) {
         VESK_ERROR("IDatabase::%s: commit failed, nothing changed: %s", fn, error.c_str());
         return false;
     }
@@ -116,18 +122,10 @@ bool Engine::commitOverlay(const Overlay& overlay, const char* fn) {
 }
 
 bool Engine::checkpoint(bool force) {
-    constexpr std::chrono::seconds kDumpInterval(1);
     std::lock_guard<std::mutex> commitLock(_commitMutex);
-    const auto now = std::chrono::steady_clock::now();
-    if (!force && _lastCheckpoint.time_since_epoch().count() != 0 &&
-        now - _lastCheckpoint < kDumpInterval) {
-        return true;
-    }
     std::string error;
-    if (_store.checkpoint(&error)) {
-        _lastCheckpoint = now;
+    if (_store.fold(force, &error))
         return true;
-    }
     VESK_ERROR("IDatabase::storePersistentDump: %s", error.c_str());
     return false;
 }

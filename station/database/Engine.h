@@ -3,7 +3,6 @@
 // error line per refused call, with `fn` (the IDatabase operation) in the text.
 #pragma once
 
-#include <chrono>
 #include <list>
 #include <memory>
 #include <mutex>
@@ -21,8 +20,10 @@ namespace db {
 
 class Engine {
   public:
-    // Opens the store file `path` and loads it; null with `error` set on failure.
-    static std::unique_ptr<Engine> open(const std::string& path, std::string* error);
+    // Opens the store file `path` (a new one if it is missing and `mayCreate`) and loads it;
+    // null with `error` set on failure.
+    static std::unique_ptr<Engine> open(const std::string& path, bool mayCreate,
+                                        std::string* error);
     ~Engine();
 
     int openHandle();
@@ -45,9 +46,8 @@ class Engine {
     bool deleteAttribute(const std::string& dn, const std::string& name, int handle);
     bool setAttribute(const std::string& dn, const std::string& name, const AttributeVariant& value,
                       IPCData::AttributeValueType type, int handle);
-    // Folds the log into the main file and syncs both. Unless `force`, does nothing (and
-    // succeeds) when the last checkpoint is less than kDumpInterval old, so that a dump after
-    // every commit stays cheap.
+    // Every commit is on stable storage when it returns; this folds the log into the main file
+    // when it has grown long (always with `force`). False, after an error line, if a fold failed.
     bool checkpoint(bool force);
 
   private:
@@ -83,7 +83,6 @@ class Engine {
     CommittedState _state;
     mutable std::shared_mutex _stateMutex;  // readers shared; commits exclusive to swap in
     std::mutex _commitMutex;                // one commit (and checkpoint) at a time
-    std::chrono::steady_clock::time_point _lastCheckpoint;  // guarded by _commitMutex
     std::mutex _handlesMutex;
     std::unordered_map<int, std::shared_ptr<Transaction>> _handles;
 };

@@ -11,6 +11,7 @@
 #include "station/database/Engine.h"
 #include "station/database/ISecControl.h"
 #include "station/database/Notifier.h"
+#include "station/database/StateLock.h"
 
 namespace vesk {
 namespace db {
@@ -20,31 +21,56 @@ namespace {
 std::shared_mutex g_lifecycle;  // operations shared; open and close exclusive
 std::unique_ptr<Engine> g_engine;
 
+StateLock g_lock;  // held while g_engine is open
+
 const char* kStoreFile = "config.db";
+const char* kUnfinishedStore = "config.db.new";
 
-}  // namespace
+// Nothing in it but what an unfinished creation of a store may have left.
+bool holdsNothing(const std::string& stateDir) {
+    std::error_code ec;
+    for (const auto& entry : std::filesystem::directory_iterator(stateDir, ec)) {
+        if (entry.path().filename().string().rfind(kUnfinishedStore, 0) != 0)
+            return false;
+    }
+    return !ec;
+}
 
-bool open(const std::string& stateDir, std::string* error) {
-    std::unique_lock<std::shared_mutex> lock(g_lifecycle);
-    std::string ignored;
-    if (error == nullptr)
-        error = &ignored;
+// Logs one error line for each refusal.
+OpenStatus openLocked(const std::string& stateDir, const OpenOptions& options, std::string* error) {
     if (g_engine != nullptr) {
         *error = "the station database is already open";
         VESK_ERROR("IDatabase: %s", error->c_str());
-        return false;
+        return OpenStatus::kRefused;
     }
     std::error_code ec;
     std::filesystem::create_directories(stateDir, ec);
-    if (ec) {
+    if (ec)
         *error = stateDir + ": cannot create the state folder: " + ec.message();
+    StateLock::Result locked = ec ? StateLock::kFailed : g_lock.acquire(stateDir, error);
+    if (locked != StateLock::kTaken) {
         VESK_ERROR("IDatabase: %s", error->c_str());
-        return false;
+        return locked == StateLock::kBusy ? OpenStatus::kInUse : OpenStatus::kRefused;
     }
-    g_engine = Engine::open(stateDir + "/" + kStoreFile, error);
-    if (g_engine == nullptr)
-        VESK_ERROR("IDatabase: the store is refused: %s", error->c_str());
-    return g_engine != nullptr;
+    bool mayCreate = options.create || holdsNothing(stateDir);
+    g_engine = Engine::open(stateDir + "/" + kStoreFile, mayCreate, error);
+    if (g_engine != nullptr)
+        return OpenStatus::kOpened;
+    VESK_ERROR("IDatabase: the store is refused: %s", error->c_str());
+    g_lock.release();
+    return OpenStatus::kRefused;
+}
+
+}  // namespace
+
+OpenStatus open(const std::string& stateDir, const OpenOptions& options, std::string* error) {
+    std::unique_lock<std::shared_mutex> lock(g_lifecycle);
+    std::string ignored;
+    return openLocked(stateDir, options, error != nullptr ? error : &ignored);
+}
+
+bool open(const std::string& stateDir, std::string* error) {
+    return open(stateDir, OpenOptions(), error) == OpenStatus::kOpened;
 }
 
 void close() {
@@ -56,6 +82,7 @@ void close() {
         return;
     g_engine->shutdown();
     g_engine.reset();
+    g_lock.release();
     // The security stand-in caches committed certificate MOs; a reopened store may differ.
     vesk::isec::reset();
 }

@@ -1,23 +1,89 @@
 #include "station/database/SqliteStore.h"
 
+#include <fcntl.h>
 #include <sqlite3.h>
+#include <sys/stat.h>
+#include <unistd.h>
+#include <zlib.h>
 
+#include <cerrno>
+#include <cstdio>
 #include <cstring>
+
+#include "platform/Logger.h"
 
 namespace vesk {
 namespace db {
 
 namespace {
 
+// Format 2: one checksum per row; rows are found by seq alone.
 const char* kSchema =
-    "CREATE TABLE IF NOT EXISTS vesk_meta (name TEXT PRIMARY KEY, value TEXT NOT NULL);"
-    "INSERT OR IGNORE INTO vesk_meta VALUES ('format', '1');"
-    "CREATE TABLE IF NOT EXISTS objects (seq INTEGER PRIMARY KEY, dn TEXT NOT NULL UNIQUE,"
+    "BEGIN;"
+    "CREATE TABLE vesk_meta (name TEXT PRIMARY KEY, value TEXT NOT NULL);"
+    "INSERT INTO vesk_meta VALUES ('format', '2');"
+    "CREATE TABLE objects (seq INTEGER PRIMARY KEY, dn TEXT NOT NULL,"
     " instance INTEGER NOT NULL, visible INTEGER NOT NULL, flag_b INTEGER NOT NULL,"
     " op_state INTEGER NOT NULL, admin_state INTEGER NOT NULL, class_instance INTEGER NOT NULL,"
-    " attrs BLOB NOT NULL);";
+    " attrs BLOB NOT NULL, sum INTEGER NOT NULL);"
+    "COMMIT;";
+
+// Format 1 had no checksums: each row gets one, over its content as it stands.
+const char* kFromFormat1 =
+    "BEGIN IMMEDIATE;"
+    "ALTER TABLE objects ADD COLUMN sum INTEGER;"
+    "UPDATE objects SET sum = vesk_row_checksum(seq, instance, visible, flag_b, op_state,"
+    " admin_state, class_instance, dn, attrs);"
+    "UPDATE vesk_meta SET value = '2' WHERE name = 'format';"
+    "COMMIT;";
+
+const char* kColumnNames[] = {"seq",      "dn",          "instance",       "visible", "flag_b",
+                              "op_state", "admin_state", "class_instance", "attrs",   "sum"};
+constexpr int kColumns = 10;
+constexpr int kAttrsColumn = 8;
+constexpr int kSumColumn = 9;
+
+// vesk_row_checksum(seq, the six integer fields, dn, attrs), for the conversion of format 1.
+void rowChecksumFunction(sqlite3_context* context, int, sqlite3_value** values) {
+    int64_t fields[6];
+    for (int i = 0; i < 6; ++i)
+        fields[i] = sqlite3_value_int64(values[1 + i]);
+    const char* dn = reinterpret_cast<const char*>(sqlite3_value_text(values[7]));
+    size_t dnSize = static_cast<size_t>(sqlite3_value_bytes(values[7]));
+    const void* attrs = sqlite3_value_blob(values[8]);
+    size_t attrsSize = static_cast<size_t>(sqlite3_value_bytes(values[8]));
+    sqlite3_result_int64(context, rowChecksum(static_cast<uint64_t>(sqlite3_value_int64(values[0])),
+                                              fields, dn, dnSize, attrs, attrsSize));
+}
+
+bool syncDirectoryOf(const std::string& path) {
+    size_t slash = path.rfind('/');
+    std::string directory = slash == std::string::npos ? "." : path.substr(0, slash + 1);
+    int fd = ::open(directory.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    bool ok = fd >= 0 && ::fsync(fd) == 0;
+    if (fd >= 0)
+        ::close(fd);
+    return ok;
+}
 
 }  // namespace
+
+uint32_t rowChecksum(uint64_t seq, const int64_t (&fields)[6], const char* dn, size_t dnSize,
+                     const void* attrs, size_t attrsSize) {
+    unsigned char numbers[7 * 8];
+    for (int i = 0; i < 7; ++i) {
+        uint64_t value = i == 0 ? seq : static_cast<uint64_t>(fields[i - 1]);
+        for (int b = 0; b < 8; ++b)
+            numbers[i * 8 + b] = static_cast<unsigned char>(value >> (8 * b));
+    }
+    uLong crc = crc32_z(0L, numbers, sizeof numbers);
+    // zlib restarts the sum for a null buffer, whatever its length.
+    if (dnSize > 0)
+        crc = crc32_z(crc, reinterpret_cast<const Bytef*>(dn), dnSize);
+    if (attrsSize > 0)
+        crc = crc32_z(crc, static_cast<const Bytef*>(attrs), attrsSize);
+    return static_cast<uint32_t>(crc);
+}
 
 SqliteStore::~SqliteStore() {
     close();
@@ -43,30 +109,87 @@ bool SqliteStore::prepare(const char* sql, sqlite3_stmt** statement, std::string
     return false;
 }
 
-bool SqliteStore::open(const std::string& path, std::string* error) {
+bool SqliteStore::open(const std::string& path, bool mayCreate, std::string* error) {
     _path = path;
-    int rc =
-        sqlite3_open_v2(path.c_str(), &_db, SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE, nullptr);
-    if (rc != SQLITE_OK) {
+    struct stat info;
+    if (::stat(path.c_str(), &info) != 0) {
+        if (errno != ENOENT) {
+            *error = path + ": " + std::strerror(errno);
+            return false;
+        }
+        if (!mayCreate) {
+            *error =
+                path + ": there is no store (a new one is made only in an empty state directory)";
+            return false;
+        }
+        if (!create(path, error))
+            return false;
+    } else if (S_ISREG(info.st_mode) && info.st_size == 0) {
+        *error = path + ": the store file is empty (damaged or never finished)";
+        return false;
+    }
+    // The owner serialises every call, so SQLite's own locking of the connection is left out.
+    if (sqlite3_open_v2(path.c_str(), &_db, SQLITE_OPEN_READWRITE | SQLITE_OPEN_NOMUTEX, nullptr) !=
+        SQLITE_OK) {
         *error = reason("cannot open");
         close();
         return false;
     }
-    sqlite3_busy_timeout(_db, 5000);
-    // A file that is not a database fails on the first statement that reads it. A commit reaches
-    // the log before it returns (safe from a crash of the process); the log is synced to the disk
-    // at each checkpoint.
-    bool ok = exec("PRAGMA journal_mode=WAL;", error) &&
-              exec("PRAGMA synchronous=NORMAL;", error) && checkSchema(error) &&
-              exec(kSchema, error) &&
-              prepare("INSERT OR REPLACE INTO objects VALUES (?,?,?,?,?,?,?,?,?)", &_put, error) &&
-              prepare("DELETE FROM objects WHERE dn = ?", &_remove, error);
+    // Nothing is written before the file is known to be a sound store of ours.
+    bool ok =
+        configure(error) && checkSchema(error) && quickCheck(error) &&
+        exec("PRAGMA journal_mode=WAL;", error) && checkFormat(error) &&
+        prepare("INSERT OR REPLACE INTO objects VALUES (?,?,?,?,?,?,?,?,?,?)", &_put, error) &&
+        prepare("DELETE FROM objects WHERE seq = ?", &_remove, error);
     if (!ok)
         close();
     return ok;
 }
 
-// A file with tables but without ours, or of another format, is someone else's: refused.
+// A new store is made whole under a temporary name and then renamed, so that a store file that
+// exists is always a complete one.
+bool SqliteStore::create(const std::string& path, std::string* error) {
+    const std::string temporary = path + ".new";
+    for (const char* suffix : {"", "-journal", "-wal", "-shm"})
+        ::unlink((temporary + suffix).c_str());
+    _path = temporary;
+    int rc = sqlite3_open_v2(temporary.c_str(), &_db, SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE,
+                             nullptr);
+    bool ok = rc == SQLITE_OK && exec("PRAGMA synchronous=FULL;", error) && exec(kSchema, error) &&
+              exec("PRAGMA journal_mode=WAL;", error);
+    if (rc != SQLITE_OK)
+        *error = reason("cannot create");
+    close();
+    _path = path;
+    if (ok && (::rename(temporary.c_str(), path.c_str()) != 0 || !syncDirectoryOf(path))) {
+        *error = path + ": cannot create: " + std::strerror(errno);
+        ok = false;
+    }
+    return ok;
+}
+
+// The log is synced at every commit, and folded by fold() or, past kLogLimitPages, by the commit
+// that finds it so long (see onCommit); SQLite's own automatic fold is replaced by that hook.
+bool SqliteStore::configure(std::string* error) {
+    sqlite3_busy_timeout(_db, 5000);
+    sqlite3_wal_hook(_db, &SqliteStore::onCommit, this);
+    sqlite3_create_function(_db, "vesk_row_checksum", 9, SQLITE_UTF8 | SQLITE_DETERMINISTIC,
+                            nullptr, &rowChecksumFunction, nullptr, nullptr);
+    return exec("PRAGMA synchronous=FULL;", error) &&
+           exec("PRAGMA journal_size_limit=16777216;", error);
+}
+
+int SqliteStore::onCommit(void* self, sqlite3* db, const char*, int pages) {
+    auto* store = static_cast<SqliteStore*>(self);
+    store->_logPages = pages;
+    if (pages >= kLogLimitPages && sqlite3_wal_checkpoint_v2(db, nullptr, SQLITE_CHECKPOINT_PASSIVE,
+                                                             nullptr, nullptr) == SQLITE_OK) {
+        store->_logPages = 0;
+    }
+    return SQLITE_OK;  // the commit itself is done: a failed fold is retried later
+}
+
+// Exactly our two tables, or the file is someone else's.
 bool SqliteStore::checkSchema(std::string* error) {
     sqlite3_stmt* statement = nullptr;
     if (!prepare("SELECT count(*), sum(name = 'objects'), sum(name = 'vesk_meta')"
@@ -75,23 +198,60 @@ bool SqliteStore::checkSchema(std::string* error) {
         return false;
     }
     bool ok = sqlite3_step(statement) == SQLITE_ROW;
-    int tables = ok ? sqlite3_column_int(statement, 0) : 0;
-    bool ours =
-        ok && sqlite3_column_int(statement, 1) == 1 && sqlite3_column_int(statement, 2) == 1;
+    bool ours = ok && sqlite3_column_int(statement, 0) == 2 &&
+                sqlite3_column_int(statement, 1) == 1 && sqlite3_column_int(statement, 2) == 1;
     if (!ok)
         *error = reason("cannot read the schema");
     sqlite3_finalize(statement);
-    if (ok && tables > 0 && !ours) {
+    if (ok && !ours)
         *error = _path + ": not a station configuration store (unknown tables)";
+    return ok && ours;
+}
+
+bool SqliteStore::quickCheck(std::string* error) {
+    sqlite3_stmt* statement = nullptr;
+    if (!prepare("PRAGMA quick_check(1)", &statement, error))
         return false;
+    bool ok = false;
+    if (sqlite3_step(statement) != SQLITE_ROW) {
+        *error = reason("cannot check the file");
+    } else {
+        const char* verdict = reinterpret_cast<const char*>(sqlite3_column_text(statement, 0));
+        ok = verdict != nullptr && std::strcmp(verdict, "ok") == 0;
+        if (!ok)
+            *error = _path + ": damaged: " + (verdict != nullptr ? verdict : "no verdict");
     }
+    sqlite3_finalize(statement);
     return ok;
 }
 
-bool SqliteStore::loadAll(const std::function<void(StoredObject&&)>& sink, std::string* error) {
+bool SqliteStore::checkFormat(std::string* error) {
     sqlite3_stmt* statement = nullptr;
-    if (!prepare("SELECT dn, seq, instance, visible, flag_b, op_state, admin_state,"
-                 " class_instance, attrs FROM objects ORDER BY seq",
+    if (!prepare("SELECT value FROM vesk_meta WHERE name = 'format'", &statement, error))
+        return false;
+    std::string format;
+    if (sqlite3_step(statement) == SQLITE_ROW && sqlite3_column_type(statement, 0) == SQLITE_TEXT) {
+        format = reinterpret_cast<const char*>(sqlite3_column_text(statement, 0));
+    }
+    sqlite3_finalize(statement);
+    if (format == "2")
+        return true;
+    if (format == "1" && exec(kFromFormat1, error)) {
+        VESK_INFO("IDatabase: %s: converted from format 1 to 2 (row checksums added)",
+                  _path.c_str());
+        return true;
+    }
+    if (format != "1")
+        *error = _path + ": unknown store format '" + format + "'";
+    std::string ignored;
+    exec("ROLLBACK", &ignored);
+    return false;
+}
+
+bool SqliteStore::loadAll(const std::function<bool(StoredObject&&)>& sink, std::string* error) {
+    sqlite3_stmt* statement = nullptr;
+    if (!prepare("SELECT seq, dn, instance, visible, flag_b, op_state, admin_state,"
+                 " class_instance, attrs, sum FROM objects ORDER BY seq",
                  &statement, error)) {
         return false;
     }
@@ -99,21 +259,11 @@ bool SqliteStore::loadAll(const std::function<void(StoredObject&&)>& sink, std::
     bool ok = true;
     while (ok && (rc = sqlite3_step(statement)) == SQLITE_ROW) {
         StoredObject object;
-        object.fullDn = reinterpret_cast<const char*>(sqlite3_column_text(statement, 0));
-        object.seq = static_cast<uint64_t>(sqlite3_column_int64(statement, 1));
-        object.instance = sqlite3_column_int(statement, 2);
-        object.visible = sqlite3_column_int(statement, 3) != 0;
-        object.flagB = sqlite3_column_int(statement, 4) != 0;
-        object.operationalState = sqlite3_column_int(statement, 5);
-        object.adminState = sqlite3_column_int(statement, 6);
-        object.classInstance = sqlite3_column_int(statement, 7);
-        const char* blob = static_cast<const char*>(sqlite3_column_blob(statement, 8));
-        size_t size = static_cast<size_t>(sqlite3_column_bytes(statement, 8));
-        if (!decodeAttributes(blob, size, &object)) {
-            *error = _path + ": corrupt attributes of '" + object.fullDn + "'";
+        ok = readRow(statement, &object, error);
+        std::string dn = object.fullDn;
+        if (ok && !sink(std::move(object))) {
+            *error = _path + ": object '" + dn + "': stored twice";
             ok = false;
-        } else {
-            sink(std::move(object));
         }
     }
     if (ok && rc != SQLITE_DONE) {
@@ -124,77 +274,147 @@ bool SqliteStore::loadAll(const std::function<void(StoredObject&&)>& sink, std::
     return ok;
 }
 
+// Checks the types of every column, then the checksum, then decodes the attributes.
+bool SqliteStore::readRow(sqlite3_stmt* row, StoredObject* object, std::string* error) const {
+    object->seq = static_cast<uint64_t>(sqlite3_column_int64(row, 0));
+    bool dnIsText = sqlite3_column_type(row, 1) == SQLITE_TEXT;
+    if (dnIsText) {
+        object->fullDn.assign(reinterpret_cast<const char*>(sqlite3_column_text(row, 1)),
+                              static_cast<size_t>(sqlite3_column_bytes(row, 1)));
+    }
+    const std::string who =
+        _path + ": object " +
+        (dnIsText ? "'" + object->fullDn + "'" : "with seq " + std::to_string(object->seq)) + ": ";
+    for (int i = 0; i < kColumns; ++i) {
+        int wanted = i == 1 ? SQLITE_TEXT : i == kAttrsColumn ? SQLITE_BLOB : SQLITE_INTEGER;
+        int type = sqlite3_column_type(row, i);
+        if (type != wanted) {
+            *error = who + "column " + kColumnNames[i] +
+                     (type == SQLITE_NULL ? " is NULL" : " has the wrong type");
+            return false;
+        }
+    }
+    int64_t fields[6];
+    for (int i = 0; i < 6; ++i)
+        fields[i] = sqlite3_column_int64(row, 2 + i);
+    const char* attrs = static_cast<const char*>(sqlite3_column_blob(row, kAttrsColumn));
+    size_t size = static_cast<size_t>(sqlite3_column_bytes(row, kAttrsColumn));
+    uint32_t sum =
+        rowChecksum(object->seq, fields, object->fullDn.data(), object->fullDn.size(), attrs, size);
+    if (sqlite3_column_int64(row, kSumColumn) != static_cast<int64_t>(sum)) {
+        *error = who + "checksum mismatch";
+        return false;
+    }
+    object->instance = static_cast<int>(fields[0]);
+    object->visible = fields[1] != 0;
+    object->flagB = fields[2] != 0;
+    object->operationalState = static_cast<int>(fields[3]);
+    object->adminState = static_cast<int>(fields[4]);
+    object->classInstance = static_cast<int>(fields[5]);
+    if (!decodeAttributes(attrs, size, object)) {
+        *error = who + "attributes do not decode";
+        return false;
+    }
+    return true;
+}
+
 bool SqliteStore::writeObject(const StoredObject& o, std::string* error) {
     std::string attrs = encodeAttributes(o);
+    int64_t fields[6] = {o.instance,         o.visible ? 1 : 0, o.flagB ? 1 : 0,
+                         o.operationalState, o.adminState,      o.classInstance};
     sqlite3_reset(_put);
     sqlite3_bind_int64(_put, 1, static_cast<sqlite3_int64>(o.seq));
     sqlite3_bind_text(_put, 2, o.fullDn.data(), static_cast<int>(o.fullDn.size()), SQLITE_STATIC);
-    sqlite3_bind_int(_put, 3, o.instance);
-    sqlite3_bind_int(_put, 4, o.visible ? 1 : 0);
-    sqlite3_bind_int(_put, 5, o.flagB ? 1 : 0);
-    sqlite3_bind_int(_put, 6, o.operationalState);
-    sqlite3_bind_int(_put, 7, o.adminState);
-    sqlite3_bind_int(_put, 8, o.classInstance);
+    for (int i = 0; i < 6; ++i)
+        sqlite3_bind_int64(_put, 3 + i, fields[i]);
     sqlite3_bind_blob(_put, 9, attrs.data(), static_cast<int>(attrs.size()), SQLITE_STATIC);
+    sqlite3_bind_int64(
+        _put, 10,
+        rowChecksum(o.seq, fields, o.fullDn.data(), o.fullDn.size(), attrs.data(), attrs.size()));
     if (sqlite3_step(_put) == SQLITE_DONE)
         return true;
     *error = reason("cannot write");
     return false;
 }
 
-bool SqliteStore::removeObject(const std::string& dn, std::string* error) {
+bool SqliteStore::removeObject(uint64_t seq, std::string* error) {
     sqlite3_reset(_remove);
-    sqlite3_bind_text(_remove, 1, dn.data(), static_cast<int>(dn.size()), SQLITE_STATIC);
+    sqlite3_bind_int64(_remove, 1, static_cast<sqlite3_int64>(seq));
     if (sqlite3_step(_remove) == SQLITE_DONE)
         return true;
     *error = reason("cannot delete");
     return false;
 }
 
-bool SqliteStore::apply(const std::vector<ObjectPtr>& puts, const std::vector<std::string>& removes,
+bool SqliteStore::apply(const std::vector<ObjectPtr>& puts, const std::vector<uint64_t>& removes,
                         std::string* error) {
     if (_db == nullptr) {
         *error = _path + ": store is closed";
         return false;
     }
-    if (!exec("BEGIN IMMEDIATE", error))
+    if (_withdrawPending && !withdraw(error))
         return false;
-    bool ok = true;
-    for (const std::string& dn : removes) {
-        if (ok)
-            ok = removeObject(dn, error);
-    }
-    for (const ObjectPtr& object : puts) {
-        if (ok)
-            ok = writeObject(*object, error);
-    }
+    bool ok = exec("BEGIN IMMEDIATE", error);
+    for (size_t i = 0; ok && i < removes.size(); ++i)
+        ok = removeObject(removes[i], error);
+    for (size_t i = 0; ok && i < puts.size(); ++i)
+        ok = writeObject(*puts[i], error);
     if (ok && exec("COMMIT", error))
         return true;
     std::string ignored;
     exec("ROLLBACK", &ignored);
+    _withdrawPending = true;
+    withdraw(&ignored);
     return false;
 }
 
-bool SqliteStore::checkpoint(std::string* error) {
+// SQLite writes the next commit where the failed one began in the log, with a checksum chain of
+// its own: once that commit is synced, no recovery can replay what the failed one left there
+// (all of it, when its sync is what failed).
+bool SqliteStore::withdraw(std::string* error) {
+    bool ok = exec("BEGIN IMMEDIATE", error) &&
+              exec(
+                  "INSERT INTO vesk_meta VALUES ('withdrawn', '1')"
+                  " ON CONFLICT(name) DO UPDATE SET value = value + 1",
+                  error) &&
+              exec("COMMIT", error);
+    if (!ok) {
+        std::string ignored;
+        exec("ROLLBACK", &ignored);
+    }
+    _withdrawPending = !ok;
+    return ok;
+}
+
+bool SqliteStore::fold(bool force, std::string* error) {
     if (_db == nullptr) {
         *error = _path + ": store is closed";
         return false;
     }
-    if (sqlite3_wal_checkpoint_v2(_db, nullptr, SQLITE_CHECKPOINT_FULL, nullptr, nullptr) ==
-        SQLITE_OK) {
+    if (!force && _logPages < kFoldPages)
         return true;
+    if (sqlite3_wal_checkpoint_v2(_db, nullptr, SQLITE_CHECKPOINT_FULL, nullptr, nullptr) !=
+        SQLITE_OK) {
+        *error = reason("cannot fold the log into the main file");
+        return false;
     }
-    *error = reason("cannot checkpoint");
-    return false;
+    _logPages = 0;
+    return true;
 }
 
 void SqliteStore::close() {
     sqlite3_finalize(_put);
     sqlite3_finalize(_remove);
     _put = _remove = nullptr;
-    if (_db != nullptr)
+    if (_db != nullptr) {
+        std::string ignored;
+        if (_withdrawPending)
+            withdraw(&ignored);
         sqlite3_close(_db);
+    }
     _db = nullptr;
+    _logPages = 0;
+    _withdrawPending = false;
 }
 
 }  // namespace db

@@ -1,7 +1,9 @@
-// The durable half of the store: one SQLite file in WAL mode. Not thread-safe: the owner
-// serialises every call (the commit lock of the Engine).
+// The durable half of the store: one SQLite file in WAL mode whose log is synced at every commit,
+// so that a commit that succeeded is on stable storage. Every row carries a checksum, checked when
+// it is loaded. Not thread-safe: the owner serialises every call (the commit lock of the Engine).
 #pragma once
 
+#include <cstdint>
 #include <functional>
 #include <string>
 #include <vector>
@@ -16,40 +18,65 @@ namespace db {
 
 class SqliteStore {
   public:
+    // The log is folded into the main file by fold() once it holds this many pages, and by the
+    // commit itself once it holds kLogLimitPages (when nobody folds it).
+    static constexpr int kFoldPages = 1000;
+    static constexpr int kLogLimitPages = 8000;
+
     SqliteStore() = default;
     ~SqliteStore();
     SqliteStore(const SqliteStore&) = delete;
     SqliteStore& operator=(const SqliteStore&) = delete;
 
-    // Opens or creates `path`. False with the file and the reason in `error`; a file that is not
-    // a store of this kind, or that SQLite reports corrupt, is refused and left as it is.
-    bool open(const std::string& path, std::string* error);
-    // Calls `sink` for every stored object, in insertion order. False (with `error`) if a row
-    // cannot be read or decoded.
-    bool loadAll(const std::function<void(StoredObject&&)>& sink, std::string* error);
+    // Opens the store file `path`. A missing file becomes a new, empty store when `mayCreate`,
+    // made under a temporary name and renamed when complete. Refused (false, with the file and
+    // the reason in `error`, the file left as it is): a missing file without `mayCreate`, an empty
+    // file, a file that is not a store of this kind, or one that fails SQLite's quick check.
+    bool open(const std::string& path, bool mayCreate, std::string* error);
+    // Calls `sink` for every stored object, in insertion order, after checking its columns and
+    // its checksum. `sink` answers false for a dn it already has. False, with the object's dn
+    // and the reason in `error`, at the first row that fails.
+    bool loadAll(const std::function<bool(StoredObject&&)>& sink, std::string* error);
 
-    // Writes `puts` and removes `removes` in one SQLite transaction: all or nothing.
-    bool apply(const std::vector<ObjectPtr>& puts, const std::vector<std::string>& removes,
+    // Writes `puts` and removes the rows of `removes` (by seq) in one transaction, synced before
+    // it returns: all or nothing. After a failure the log records it left are overwritten, so that
+    // no recovery can bring them back; while that has not succeeded, every apply fails.
+    bool apply(const std::vector<ObjectPtr>& puts, const std::vector<uint64_t>& removes,
                std::string* error);
-    // Copies the write-ahead log into the main file.
-    bool checkpoint(std::string* error);
+    // Copies the log into the main file and syncs it, when the log holds kFoldPages or more, or
+    // always with `force`. True when there was nothing to do.
+    bool fold(bool force, std::string* error);
     void close();
 
     const std::string& path() const { return _path; }
 
   private:
+    bool create(const std::string& path, std::string* error);
+    bool configure(std::string* error);
     bool exec(const char* sql, std::string* error);
     bool prepare(const char* sql, sqlite3_stmt** statement, std::string* error);
     bool checkSchema(std::string* error);
+    bool quickCheck(std::string* error);
+    bool checkFormat(std::string* error);
+    bool readRow(sqlite3_stmt* row, StoredObject* object, std::string* error) const;
     bool writeObject(const StoredObject& object, std::string* error);
-    bool removeObject(const std::string& dn, std::string* error);
+    bool removeObject(uint64_t seq, std::string* error);
+    bool withdraw(std::string* error);
     std::string reason(const char* what) const;
+    static int onCommit(void* self, sqlite3* db, const char* name, int pages);
 
     sqlite3* _db = nullptr;
     sqlite3_stmt* _put = nullptr;
     sqlite3_stmt* _remove = nullptr;
     std::string _path;
+    int _logPages = 0;              // pages in the log since the last fold
+    bool _withdrawPending = false;  // a failed commit's log records may still be valid
 };
+
+// The checksum of one stored row: CRC-32 of seq, the six integer fields (each as 8 bytes, least
+// significant first), dn and the attribute encoding, in that order.
+uint32_t rowChecksum(uint64_t seq, const int64_t (&fields)[6], const char* dn, size_t dnSize,
+                     const void* attrs, size_t attrsSize);
 
 }  // namespace db
 }  // namespace vesk

@@ -164,6 +164,7 @@ class Reader {
         return true;
     }
     bool atEnd() const { return _pos == _size; }
+    size_t left() const { return _size - _pos; }
 
   private:
     const char* _data;
@@ -213,8 +214,13 @@ bool readValue(Reader& r, int which, AttributeVariant* value) {
             return readPod<unsigned int>(r, value);
         case AV_ULONGLONG:
             return readPod<unsigned long long>(r, value);
-        case AV_BOOL:
-            return readPod<bool>(r, value);
+        case AV_BOOL: {  // a byte other than 0 or 1 is no bool: read as a byte
+            uint8_t byte = 0;
+            if (!r.pod(&byte))
+                return false;
+            *value = byte != 0;
+            return true;
+        }
         case AV_STRING:
         case AV_CSTRING: {
             std::string s;
@@ -241,6 +247,9 @@ void writeSet(Writer& w, const AttributeSet& set) {
     }
 }
 
+// Name length, type, id, slot, hidden flag, alternative and a value of at least one byte.
+constexpr size_t kSmallestAttribute = 4 + 3 * 4 + 2 + 1;
+
 bool readAttribute(Reader& r, StoredAttribute* a) {
     int32_t type = 0;
     uint8_t hidden = 0, which = 0;
@@ -255,8 +264,9 @@ bool readAttribute(Reader& r, StoredAttribute* a) {
 
 bool readSet(Reader& r, AttributeSet* set) {
     uint32_t count = 0;
-    if (!r.pod(&count))
+    if (!r.pod(&count) || count > r.left() / kSmallestAttribute)
         return false;
+    set->reserve(count);
     for (uint32_t i = 0; i < count; ++i) {
         StoredAttribute a;
         if (!readAttribute(r, &a))

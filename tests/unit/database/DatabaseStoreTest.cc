@@ -4,6 +4,8 @@
 
 #include <filesystem>
 #include <fstream>
+#include <functional>
+#include <random>
 #include <sstream>
 
 #include "station/database/Database.h"
@@ -100,41 +102,159 @@ TEST_F(DatabaseStoreTest, ReopenKeepsCommittedWritesOrderAndDeletesButNotOpenTra
               IDatabase::getMOClassWithParent("", "Cell", 0));
 }
 
-TEST_F(DatabaseStoreTest, CorruptOrForeignOrUnreadableStoresAreRefusedAndLeftAsTheyAre) {
-    put("OAM", "");
+// Runs `sql` on the store file with SQLite alone, outside the station.
+void edit(const std::string& file, const std::string& sql) {
+    sqlite3* raw = nullptr;
+    ASSERT_EQ(SQLITE_OK, sqlite3_open(file.c_str(), &raw));
+    char* message = nullptr;
+    EXPECT_EQ(SQLITE_OK, sqlite3_exec(raw, sql.c_str(), nullptr, nullptr, &message))
+        << (message != nullptr ? message : "") << " in " << sql;
+    sqlite3_free(message);
+    sqlite3_close(raw);
+}
+
+TEST_F(DatabaseStoreTest, DamagedForeignEmptyOrMissingStoresAreRefusedAndLeftAsTheyAre) {
+    put("OAM", "", {attr("a", "one")});
+    put("Cell=1", "", {attr("a", "two")});
     db::close();
-    std::string file = _dir.path() + "/config.db";
-    std::filesystem::remove(file + "-wal");
-    std::filesystem::remove(file + "-shm");
-    {
-        std::ofstream out(file, std::ios::binary | std::ios::trunc);
-        out << std::string(4096, 'Z');
+    const std::string file = _dir.path() + "/config.db";
+    const std::string pristine = fileBytes(file);
+    struct Row {
+        const char* damage;
+        std::function<void()> apply;
+        std::string reason;
+    } rows[] = {
+        {"not a database", [&] { std::ofstream(file, std::ios::trunc) << std::string(4096, 'Z'); },
+         ": file is not a database"},
+        {"foreign tables",
+         [&] {
+             std::filesystem::remove(file);
+             edit(file, "CREATE TABLE t(x)");
+         },
+         ": not a station configuration store"},
+        {"empty file", [&] { std::ofstream(file, std::ios::trunc); }, ": the store file is empty"},
+        {"truncated file", [&] { std::filesystem::resize_file(file, 4096); },
+         ": database disk image is malformed"},
+        {"NULL dn",
+         [&] {
+             edit(file,
+                  "PRAGMA writable_schema=ON; UPDATE sqlite_master SET sql = replace(sql,"
+                  " 'dn TEXT NOT NULL', 'dn TEXT') WHERE name = 'objects';");
+             edit(file, "UPDATE objects SET dn = NULL WHERE dn = 'OAM'");
+         },
+         ": object with seq 1: column dn is NULL"},
+        {"wrong type",
+         [&] { edit(file, "UPDATE objects SET instance = 'one' WHERE dn = 'Cell=1'"); },
+         ": object 'Cell=1': column instance has the wrong type"},
+        {"checksum",
+         [&] {
+             edit(file,
+                  "UPDATE objects SET attrs = (SELECT attrs FROM objects WHERE dn = 'OAM')"
+                  " WHERE dn = 'Cell=1'");
+         },
+         ": object 'Cell=1': checksum mismatch"},
+        {"format", [&] { edit(file, "UPDATE vesk_meta SET value = '9' WHERE name = 'format'"); },
+         ": unknown store format '9'"},
+        {"no store, other files",
+         [&] {
+             std::filesystem::remove(file);
+             std::ofstream(_dir.path() + "/notes.txt") << "x";
+         },
+         ": there is no store"},
+        {"a folder in its place",
+         [&] {
+             std::filesystem::remove(file);
+             std::filesystem::create_directory(file);
+         },
+         ": cannot open: unable to open database file"},
+    };
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.damage);
+        std::filesystem::remove(_dir.path() + "/notes.txt");
+        std::ofstream(file, std::ios::binary | std::ios::trunc) << pristine;
+        row.apply();
+        const std::string damaged = fileBytes(file);
+        std::string error;
+        log::LogCapture capture;
+        EXPECT_FALSE(db::open(_dir.path(), &error));
+        EXPECT_EQ(0u, error.find(file + row.reason)) << error;
+        EXPECT_EQ(1u, capture.count("IDatabase: the store is refused: " + error, VESK_LOG_ERROR));
+        EXPECT_EQ(1u, capture.lines().size());
+        EXPECT_TRUE(damaged == fileBytes(file)) << "the file was changed";
+        EXPECT_FALSE(db::isOpen());
     }
-    std::string error;
-    log::LogCapture capture;
-    EXPECT_FALSE(db::open(_dir.path(), &error));
-    EXPECT_NE(std::string::npos, error.find(file)) << error;
-    EXPECT_NE(std::string::npos, error.find("not a database")) << error;
-    EXPECT_EQ(1u, capture.count("IDatabase: the store is refused: " + error, VESK_LOG_ERROR));
-    EXPECT_EQ(1u, capture.lines().size());
-    EXPECT_EQ(std::string(4096, 'Z'), fileBytes(file));
-    EXPECT_FALSE(db::isOpen());
+}
 
-    std::filesystem::remove(file);
-    sqlite3* foreign = nullptr;
-    ASSERT_EQ(SQLITE_OK, sqlite3_open(file.c_str(), &foreign));
-    ASSERT_EQ(SQLITE_OK, sqlite3_exec(foreign, "CREATE TABLE t(x)", nullptr, nullptr, nullptr));
-    sqlite3_close(foreign);
-    EXPECT_FALSE(db::open(_dir.path(), &error));
-    EXPECT_NE(std::string::npos, error.find("not a station configuration store")) << error;
+TEST_F(DatabaseStoreTest, AStoreWithoutChecksumsIsConvertedOnceAndKeepsEverything) {
+    put("OAM", "", {attr("a", "one")});
+    db::close();
+    edit(_dir.path() + "/config.db",
+         "CREATE TABLE old (seq INTEGER PRIMARY KEY, dn TEXT NOT NULL UNIQUE, instance INTEGER"
+         " NOT NULL, visible INTEGER NOT NULL, flag_b INTEGER NOT NULL, op_state INTEGER NOT"
+         " NULL, admin_state INTEGER NOT NULL, class_instance INTEGER NOT NULL, attrs BLOB NOT"
+         " NULL); INSERT INTO old SELECT seq, dn, instance, visible, flag_b, op_state,"
+         " admin_state, class_instance, attrs FROM objects; DROP TABLE objects;"
+         " ALTER TABLE old RENAME TO objects;"
+         " UPDATE vesk_meta SET value = '1' WHERE name = 'format';");
+    for (size_t converted : {1u, 0u}) {
+        log::LogCapture capture;
+        std::string error;
+        ASSERT_TRUE(db::open(_dir.path(), &error)) << error;
+        EXPECT_EQ(converted, capture.countContaining(": converted from format 1 to 2"));
+        EXPECT_EQ("one", committedString("OAM", "a"));
+        put("Cell=" + std::to_string(converted), "");
+        db::close();
+    }
+    ASSERT_TRUE(db::open(_dir.path(), nullptr));
+    EXPECT_EQ((std::list<std::string>{"1", "0"}), IDatabase::getMOClassWithParent("", "Cell", 0));
+}
 
-    std::filesystem::remove(file);
-    std::filesystem::create_directory(file);
-    EXPECT_FALSE(db::open(_dir.path(), &error));
-    EXPECT_NE(std::string::npos, error.find(file)) << error;
-    EXPECT_TRUE(std::filesystem::is_directory(file));
-    std::filesystem::remove(file);
-    ASSERT_TRUE(db::open(_dir.path(), &error)) << error;  // an absent store starts empty
+// Each of 200 copies of a store has one byte changed at random: each is refused, or loads exactly
+// what was stored.
+TEST_F(DatabaseStoreTest, RandomByteChangesAreRefusedOrLoadNothingWrong) {
+    for (int i = 0; i < 40; ++i) {
+        auto o = object("Cell=" + std::to_string(i), "");
+        for (int a = 0; a < 10; ++a)
+            o->addAttribute(
+                *attr("attribute" + std::to_string(a), i * 100 + a, IPCData::AVT_INT32));
+        ASSERT_NE(0, IDatabase::insert(o.get(), 0));
+    }
+    auto everything = [] {
+        std::string text;
+        for (DBObject* o : IDatabase::getMOClass("Cell", 0)) {
+            text += o->dn + std::to_string(o->instance) + std::to_string(o->visible);
+            for (const auto& a : o->attributes)
+                text += a.first + std::to_string(boost::get<int>(a.second->value)) + ",";
+            delete o;
+        }
+        return text;
+    };
+    const std::string expected = everything();
+    db::close();
+    const std::string file = _dir.path() + "/config.db", pristine = fileBytes(file);
+    const unsigned kSeed = 4242;
+    std::mt19937 random(kSeed);
+    int refused = 0;
+    for (int i = 0; i < 200 && !HasFailure(); ++i) {
+        std::string damaged = pristine;
+        size_t at = random() % damaged.size();
+        damaged[at] = static_cast<char>(damaged[at] ^ (1 + random() % 255));
+        std::filesystem::remove(file + "-wal");
+        std::ofstream(file, std::ios::binary | std::ios::trunc) << damaged;
+        std::string error;
+        log::LogCapture capture;
+        if (!db::open(_dir.path(), &error)) {
+            ++refused;
+            EXPECT_EQ(0u, error.find(file + ": ")) << error;
+            continue;
+        }
+        EXPECT_EQ(expected, everything()) << "seed " << kSeed << ", byte " << at;
+        EXPECT_EQ(1u, capture.count("IDatabase: opened " + file + " with 40 objects"))
+            << "seed " << kSeed << ", byte " << at;
+        db::close();
+    }
+    RecordProperty("refused", refused);
+    EXPECT_GT(refused, 0);
 }
 
 TEST_F(DatabaseStoreTest, OperationsOnAClosedDatabaseFailWithOneErrorLine) {
@@ -154,22 +274,33 @@ TEST_F(DatabaseStoreTest, OperationsOnAClosedDatabaseFailWithOneErrorLine) {
     EXPECT_FALSE(db::open(_dir.path(), &error));  // one store per process
 }
 
-TEST_F(DatabaseStoreTest, DumpCheckpointsTheLogIntoTheMainFile) {
-    for (int i = 0; i < 50; ++i)
-        put("Cell=" + std::to_string(i), "");
-    std::string wal = _dir.path() + "/config.db-wal";
-    ASSERT_NE(0, IDatabase::storePersistentDump(false, false));
-    // After a full checkpoint the main file alone holds every object.
-    std::filesystem::copy_file(_dir.path() + "/config.db", _dir.path() + "/copy.db");
+// Rows that the main file alone holds (the log left out, as a copy of that file alone has it).
+int rowsInMainFile(const std::string& dir) {
+    std::filesystem::copy_file(dir + "/config.db", dir + "/copy.db",
+                               std::filesystem::copy_options::overwrite_existing);
     sqlite3* copy = nullptr;
-    ASSERT_EQ(SQLITE_OK, sqlite3_open((_dir.path() + "/copy.db").c_str(), &copy));
+    sqlite3_open((dir + "/copy.db").c_str(), &copy);
     sqlite3_stmt* count = nullptr;
-    ASSERT_EQ(SQLITE_OK,
-              sqlite3_prepare_v2(copy, "SELECT count(*) FROM objects", -1, &count, nullptr));
-    ASSERT_EQ(SQLITE_ROW, sqlite3_step(count));
-    EXPECT_EQ(50, sqlite3_column_int(count, 0));
+    sqlite3_prepare_v2(copy, "SELECT count(*) FROM objects", -1, &count, nullptr);
+    int rows = sqlite3_step(count) == SQLITE_ROW ? sqlite3_column_int(count, 0) : -1;
     sqlite3_finalize(count);
     sqlite3_close(copy);
+    return rows;
+}
+
+TEST_F(DatabaseStoreTest, DumpFoldsTheLogIntoTheMainFileOnceItIsLong) {
+    put("Cell=0", "");
+    ASSERT_NE(0, IDatabase::storePersistentDump(false, false));
+    EXPECT_EQ(0, rowsInMainFile(_dir.path())) << "a short log stays";
+    int h = IDatabase::transaction(IPCData::OP_TX_OPEN, 0, false);
+    for (int i = 1; i <= 1000; ++i) {
+        auto o = object("Cell=" + std::to_string(i), "", {attr("text", std::string(5000, 'x'))});
+        ASSERT_NE(0, IDatabase::insert(o.get(), h));
+    }
+    ASSERT_NE(0, IDatabase::transaction(IPCData::OP_TX_COMMIT, h, false));
+    EXPECT_EQ(0, rowsInMainFile(_dir.path()));
+    ASSERT_NE(0, IDatabase::storePersistentDump(false, false));
+    EXPECT_EQ(1001, rowsInMainFile(_dir.path()));
 }
 
 }  // namespace

@@ -2,6 +2,7 @@
 // the model, the instance file and the station to load, and vesk-host's --load.
 #include <gtest/gtest.h>
 #include <sys/wait.h>
+#include <unistd.h>
 
 #include <filesystem>
 #include <fstream>
@@ -9,6 +10,7 @@
 
 #include "host/Host.h"
 #include "host/HostOptions.h"
+#include "station/database/Database.h"
 
 namespace vesk::host {
 namespace {
@@ -100,6 +102,19 @@ TEST_F(HostModelTest, VeskHostLoadsTheDemoOnceAndStopsOnABadModel) {
               std::string::npos)
         << output;
     EXPECT_FALSE(std::filesystem::exists(_dir + "/s2")) << "stopped before the state opened";
+}
+
+TEST_F(HostModelTest, ASecondProcessOnABusyStateDirectoryIsRefusedAtOnce) {
+    std::string error, output;
+    ASSERT_TRUE(vesk::db::open(_dir + "/s", &error)) << error;
+    const std::string start = "--plugin " + _dir + "/none.so --state " + _dir + "/s";
+    EXPECT_EQ(runHost(start, &output), 2);
+    EXPECT_NE(output.find("vesk-host: the state directory " + _dir + "/s is in use by process " +
+                          std::to_string(getpid()) + "\n"),
+              std::string::npos)
+        << output;
+    vesk::db::close();
+    EXPECT_EQ(runHost(start, &output), 3) << "past the state, at the missing plug-in: " << output;
 }
 
 }  // namespace
