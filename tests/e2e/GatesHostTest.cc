@@ -230,8 +230,7 @@ TEST_F(GatesHostTest, TheTextAnswersShowRefusalsAndOperatorMessages) {
     EXPECT_EQ(o.out.find(refusal), 0u) << o.out;
     EXPECT_NE(o.out.find("AI_phase set to 4\n4\n"), std::string::npos) << o.out;
     // The agent's line on the refusal comes with it, then the implementer's message.
-    EXPECT_NE(o.out.find("OrlValidationFailed: cannot delete " + kNewCell +
-                         "\nreason: "),
+    EXPECT_NE(o.out.find("OrlValidationFailed: cannot delete " + kNewCell + "\nreason: "),
               std::string::npos)
         << o.out;
     EXPECT_NE(o.out.find("\nmessage: vesk-host-oi-1 refused deleteMo of " + kNewCell +

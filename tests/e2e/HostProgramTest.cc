@@ -37,9 +37,8 @@ TEST_F(HostProgramTest, FailuresEndWithTheirOwnExitStatusAndHelpNamesEveryOption
               std::string::npos)
         << missing.err;
 
-    Outcome nosym =
-        program(std::string("--plugin ") + VESK_NOSYM_PATH + " --state " + _dir +
-                "/state --create-state");
+    Outcome nosym = program(std::string("--plugin ") + VESK_NOSYM_PATH + " --state " + _dir +
+                            "/state --create-state");
     EXPECT_EQ(nosym.status, 3);
     EXPECT_NE(nosym.err.find("does not export orlLCMinit"), std::string::npos) << nosym.err;
 
