@@ -31,19 +31,19 @@ test-tsan: deps
 		ctest --test-dir build-tsan -L threaded --output-on-failure -j$(CTEST_JOBS) --no-tests=error
 
 # The main job: the reference host on the demo station (loaded into a fresh state directory),
-# running a short read session through the agent, a write session, then a session of its change
-# gates. The benchmarks are `make bench`.
+# running each session of DEMO_SESSIONS (data/demo/NAME-session.txt) under a heading line. It
+# builds only what it runs: the agent, the station layer and the host. The benchmarks are
+# `make bench`.
 DEMO_STATE ?= $(BUILD)/demo-state
-demo: build
+DEMO_SESSIONS ?= read write gates
+DEMO_HOST = $(BUILD)/host/vesk-host --plugin $(BUILD)/src/libtib_oam_cm_sa.so --state $(DEMO_STATE)
+demo: configure
+	@cmake --build $(BUILD) --target tib_oam_cm_sa vesk-host
 	@rm -rf $(DEMO_STATE)
-	@$(BUILD)/host/vesk-host --load data/station/demo-station.xml --state $(DEMO_STATE) \
-		--log-level warning
-	@$(BUILD)/host/vesk-host --plugin $(BUILD)/src/libtib_oam_cm_sa.so --state $(DEMO_STATE) \
-		--log-level warning --script data/demo/read-session.txt
-	@$(BUILD)/host/vesk-host --plugin $(BUILD)/src/libtib_oam_cm_sa.so --state $(DEMO_STATE) \
-		--log-level warning --script data/demo/write-session.txt
-	@$(BUILD)/host/vesk-host --plugin $(BUILD)/src/libtib_oam_cm_sa.so --state $(DEMO_STATE) \
-		--log-level warning --script data/demo/gates-session.txt
+	@$(BUILD)/host/vesk-host --load data/station/demo-station.xml --state $(DEMO_STATE)
+	@n=0; for session in $(DEMO_SESSIONS); do n=$$((n + 1)); \
+		echo; echo "=== Session $$n: $$session (data/demo/$$session-session.txt) ==="; \
+		$(DEMO_HOST) --script data/demo/$$session-session.txt || exit 1; done
 
 bench: build
 	@for b in $(BUILD)/bench/bench_*; do $$b; done

@@ -35,10 +35,12 @@ Host::~Host() {
     }
 }
 
-bool Host::openState(const std::string& directory, std::string* error) {
+bool Host::openState(const std::string& directory, std::string* error, bool create) {
     vesk::station::setStateDirectory(directory);
     std::string reason;
-    vesk::db::OpenStatus status = vesk::db::open(directory, vesk::db::OpenOptions(), &reason);
+    vesk::db::OpenOptions options;
+    options.create = create;
+    vesk::db::OpenStatus status = vesk::db::open(directory, options, &reason);
     if (status != vesk::db::OpenStatus::kOpened) {
         // Another process's directory is refused with the store's own line.
         *error = status == vesk::db::OpenStatus::kInUse

@@ -40,7 +40,8 @@ class Host {
     // Gives the station its state directory and opens the database there. False, with the line
     // to show in `error`, if it cannot be opened: "the state directory DIR is in use by process
     // PID" when another process has it, else "cannot open state directory DIR: " and the reason.
-    bool openState(const std::string& directory, std::string* error);
+    // `create` makes a new store even where the directory holds other files but no store.
+    bool openState(const std::string& directory, std::string* error, bool create = false);
 
     // Parses the station model (module "vesk-station" in `directory`) and offers the model
     // repository built on it in place of the stub records. False, with "FILE:LINE: reason" in

@@ -18,10 +18,12 @@ po::options_description describe() {
         "the plug-in library to load (required), e.g. build/src/libtib_oam_cm_sa.so")(
         "state,s", po::value<std::string>()->default_value("./state"),
         "the station's state directory; the database is opened there before the plug-in loads")(
+        "create-state",
+        "open the state directory even when it holds no station (an empty one, made if missing)")(
         "log-level,l", po::value<std::string>(),
-        "the highest level written: error, warning, info, trace or a number (default info, or "
-        "VESK_LOG_LEVEL)")("log-file,f", po::value<std::string>(),
-                           "append log lines to this file instead of standard error")(
+        "the highest level written: error, warning, info, trace or a number (default warning, "
+        "or VESK_LOG_LEVEL)")("log-file,f", po::value<std::string>(),
+                              "append log lines to this file instead of standard error")(
         "model,m", po::value<std::string>()->default_value(VESK_DATA_DIR "/model"),
         "the folder of the station model's YANG files")(
         "system-created-mos",
@@ -66,7 +68,8 @@ bool readCommandLineOptions(const po::variables_map& values, HostOptions* option
 }  // namespace
 
 void printHostHelp(std::ostream& out) {
-    out << "Usage: vesk-host --plugin PATH [--state DIR] [--log-level LEVEL] [--log-file FILE]\n"
+    out << "Usage: vesk-host --plugin PATH [--state DIR [--create-state]] [--log-level LEVEL]\n"
+        << "                 [--log-file FILE]\n"
         << "                 [--model DIR] [--system-created-mos FILE]\n"
         << "                 [-c COMMANDS | --script FILE] [--strict] [--json]\n"
         << "                 [--protocol netconf|cli|none] [--user NAME]\n"
@@ -87,6 +90,7 @@ bool parseHostOptions(int argc, const char* const* argv, HostOptions* options, s
         return false;
     }
     options->help = values.count("help") > 0;
+    options->createState = values.count("create-state") > 0;
     options->stateDirectory = values["state"].as<std::string>();
     if (values.count("plugin") > 0) {
         options->plugin = values["plugin"].as<std::string>();

@@ -14,6 +14,7 @@ constexpr char kSystemCreatedMosVariable[] = "VESK_SYSTEM_CREATED_MOS";
 struct HostOptions {
     std::string plugin;            // --plugin: the plug-in library to load
     std::string stateDirectory;    // --state: the station's state directory
+    bool createState = false;      // --create-state: open it even when it holds no station
     int logLevel = -1;             // --log-level as a level number; -1 leaves the threshold
     std::string logFile;           // --log-file: append log lines here instead of stderr
     bool help = false;             // --help: print the options and exit

@@ -3,10 +3,10 @@
 // components, terminates the plug-in and exits.
 //
 // Exit status: 0 after a clean run; 1 bad options or log file; 2 the state directory or its
-// database cannot be opened, or another process has the directory; 3 the plug-in cannot be loaded
-// (no file, or no entry symbol); 4 its init refused; 5 a component failed to start; 6 the station
-// model is missing or invalid; 7 the station data file given with --load could not be loaded; 8 a
-// command failed under --strict.
+// database cannot be opened, holds no station (unless --create-state), or another process has the
+// directory; 3 the plug-in cannot be loaded (no file, or no entry symbol); 4 its init refused; 5 a
+// component failed to start; 6 the station model is missing or invalid; 7 the station data file
+// given with --load could not be loaded; 8 a command failed under --strict.
 #include <signal.h>
 
 #include <cstdlib>
@@ -18,6 +18,7 @@
 #include "host/HostOptions.h"
 #include "host/cli/Console.h"
 #include "host/model/StationLoader.h"
+#include "platform/Logger.h"
 #include "station/log/LogControl.h"
 
 namespace {
@@ -38,15 +39,48 @@ int fail(int code, const std::string& message) {
     return code;
 }
 
+// Whether the log level was chosen, by --log-level or by the environment.
+bool logLevelChosen(const vesk::host::HostOptions& options) {
+    const char* variable = std::getenv("VESK_LOG_LEVEL");
+    return options.logLevel >= 0 ||
+           (variable != nullptr && vesk::log::levelFromName(variable) >= 0);
+}
+
+// Without a chosen level only warnings and errors are written.
 bool applyLogOptions(const vesk::host::HostOptions& options, std::string* error) {
     if (options.logLevel >= 0) {
         vesk::log::setThreshold(options.logLevel);
+    } else if (!logLevelChosen(options)) {
+        vesk::log::setThreshold(VESK_LOG_WARNING);
     }
     if (!options.logFile.empty() && !vesk::log::setSinkFile(options.logFile)) {
         *error = "cannot open log file " + options.logFile;
         return false;
     }
     return true;
+}
+
+std::string noStation(const std::string& directory) {
+    return "no station in " + directory + ": load one with --load";
+}
+
+// A directory that is missing or empty holds no station; looked at before the database is
+// opened, so that a mistyped --state leaves nothing behind.
+bool holdsNothing(const std::string& directory) {
+    std::error_code code;
+    return !std::filesystem::exists(directory, code) || std::filesystem::is_empty(directory, code);
+}
+
+// Puts a state directory that a failed --load found missing or empty back as it was.
+void forgetState(const std::string& directory, bool existed) {
+    std::error_code code;
+    if (!existed) {
+        std::filesystem::remove_all(directory, code);
+        return;
+    }
+    for (const auto& entry : std::filesystem::directory_iterator(directory, code)) {
+        std::filesystem::remove_all(entry.path(), code);
+    }
 }
 
 // Loads the station data file of --load into the (empty) open state.
@@ -71,8 +105,15 @@ int prepare(vesk::host::Host& host, const vesk::host::HostOptions& options) {
     if (!host.loadModel(options.modelDirectory, &error)) {
         return fail(kModel, "cannot load the model: " + error);
     }
-    if (!host.openState(options.stateDirectory, &error)) {
+    bool checkStation = options.loadStation.empty() && !options.createState;
+    if (checkStation && holdsNothing(options.stateDirectory)) {
+        return fail(kState, noStation(options.stateDirectory));
+    }
+    if (!host.openState(options.stateDirectory, &error, options.createState)) {
         return fail(kState, error);
+    }
+    if (checkStation && !vesk::host::model::StationLoader::holdsStation(*host.model())) {
+        return fail(kState, noStation(options.stateDirectory));
     }
     return options.loadStation.empty() ? kOk : loadStation(host, options);
 }
@@ -100,6 +141,8 @@ int run(const vesk::host::HostOptions& options, const sigset_t& signals) {
     }
     vesk::host::cli::ConsoleOptions console;
     console.shell = {options.json, options.strict, options.protocol, options.user};
+    // Unless the operator chose a level or a file, the lines a command logs are its reasons.
+    console.shell.divertLog = !logLevelChosen(options) && options.logFile.empty();
     console.commands = options.commands;
     console.script = options.script;
     // A batch run keeps standard output for its answers.
@@ -135,5 +178,12 @@ int main(int argc, char** argv) {
     sigaddset(&signals, SIGINT);
     sigaddset(&signals, SIGTERM);
     pthread_sigmask(SIG_BLOCK, &signals, nullptr);
-    return run(options, signals);
+    std::error_code ignored;
+    bool existed = std::filesystem::exists(options.stateDirectory, ignored);
+    bool fresh = !options.loadStation.empty() && holdsNothing(options.stateDirectory);
+    int status = run(options, signals);
+    if (status == kStation && fresh) {
+        forgetState(options.stateDirectory, existed);
+    }
+    return status;
 }

@@ -23,6 +23,7 @@ struct Answer {
     Json data;                          // the values; null when the command has none
     std::vector<std::string> notes;     // lines of the host itself ("transaction 3 open")
     std::vector<std::string> messages;  // operator messages of the request
+    std::vector<std::string> reasons;   // warning and error lines logged while it ran
 
     bool failed() const { return !error.empty() || (asked && code != OrlOk); }
     // Records a refusal of the agent or the coordinator.
@@ -37,12 +38,15 @@ struct Answer {
 std::string returnCodeName(OrlReturnT code);
 
 // The answer for people: "<code>: <why>" on a refusal of the agent, "error: <why>" on another
-// failure; on success the code
-// (when asked), then the notes and the values, one per line; the operator messages last.
+// failure; on success the code (when asked), then the notes and the values, one per line; then
+// "reason: " lines and "message: " lines. Bytes that are not UTF-8, and control characters,
+// are shown as "\xHH".
 void writeText(const Answer& answer, std::ostream& out);
 // The answer as one JSON object: command, args, code and rc (when asked), ok, error, result,
-// notes, messages.
+// notes, messages, reasons.
 Json toJson(const Answer& answer);
+// One line of JSON; bytes of its strings that are not UTF-8 are written as "\xHH".
+std::string dumpJson(const Json& json);
 
 }  // namespace cli
 }  // namespace host

@@ -1,5 +1,7 @@
 #include "host/cli/CommandText.h"
 
+#include <cctype>
+
 namespace vesk {
 namespace host {
 namespace cli {
@@ -18,23 +20,44 @@ bool isBlank(char c) {
     return c == ' ' || c == '\t' || c == '\r' || c == '\n';
 }
 
+bool isQuote(char c) {
+    return c == '"' || c == '\'';
+}
+
+// Inside quotes, the escape at text[i] (a backslash): appends what it stands for to `word` and
+// returns the index of its last character.
+size_t unescape(const std::string& text, size_t i, std::string* word) {
+    const auto hex = [&](size_t at) { return std::isxdigit(static_cast<unsigned char>(text[at])); };
+    if (i + 3 < text.size() && text[i + 1] == 'x' && hex(i + 2) && hex(i + 3)) {
+        *word += static_cast<char>(std::stoi(text.substr(i + 2, 2), nullptr, 16));
+        return i + 3;
+    }
+    *word += text[i + 1];
+    return i + 1;
+}
+
 }  // namespace
 
 std::vector<std::string> splitCommands(const std::string& text) {
     std::vector<std::string> commands;
     std::string current;
-    bool quoted = false;
+    char quote = 0;
     for (size_t i = 0; i < text.size(); ++i) {
         char c = text[i];
-        if (quoted && c == '\\' && i + 1 < text.size()) {
+        if (quote != 0 && c == '\\' && i + 1 < text.size()) {
             current += c;
             current += text[++i];
             continue;
         }
-        if (c == '"') {
-            quoted = !quoted;
+        if (quote == 0 && c == '#') {
+            size_t end = text.find('\n', i);
+            i = end == std::string::npos ? text.size() : end - 1;
+            continue;
         }
-        if (c == ';' && !quoted) {
+        if (isQuote(c) && (quote == 0 || quote == c)) {
+            quote = quote == 0 ? c : 0;
+        }
+        if (c == ';' && quote == 0) {
             commands.push_back(trim(current));
             current.clear();
             continue;
@@ -55,20 +78,22 @@ bool splitWords(const std::string& command, std::vector<std::string>* words, std
     words->clear();
     std::string word;
     bool inWord = false;
-    bool quoted = false;
+    char quote = 0;
     for (size_t i = 0; i < command.size(); ++i) {
         char c = command[i];
-        if (quoted) {
+        if (quote != 0) {
             if (c == '\\' && i + 1 < command.size()) {
-                word += command[++i];
-            } else if (c == '"') {
-                quoted = false;
+                i = unescape(command, i, &word);
+            } else if (c == quote) {
+                quote = 0;
             } else {
                 word += c;
             }
-        } else if (c == '"') {
-            quoted = true;
+        } else if (isQuote(c)) {
+            quote = c;
             inWord = true;
+        } else if (c == '#') {
+            break;
         } else if (isBlank(c)) {
             if (inWord) {
                 words->push_back(word);
@@ -80,7 +105,7 @@ bool splitWords(const std::string& command, std::vector<std::string>* words, std
             inWord = true;
         }
     }
-    if (quoted) {
+    if (quote != 0) {
         *error = "unterminated quote";
         return false;
     }

@@ -1,6 +1,7 @@
 // Splitting of operator input: a text into commands at ";" and a command into words at blanks.
-// Double quotes group a word that holds blanks or ";" (the quotes are dropped); a backslash
-// inside quotes takes the next character as it is.
+// Double or single quotes group a word that holds blanks or ";" (the quotes are dropped); inside
+// quotes a backslash takes the next character as it is, and "\xHH" is the byte of those two hex
+// digits. Outside quotes "#" starts a comment that runs to the end of the line.
 #pragma once
 
 #include <string>
@@ -10,7 +11,8 @@ namespace vesk {
 namespace host {
 namespace cli {
 
-// The commands of `text`, each trimmed; empty ones are dropped. Quoted ";" do not split.
+// The commands of `text`, each trimmed, comments dropped; empty ones are dropped too. Quoted ";"
+// and "#" do not split.
 std::vector<std::string> splitCommands(const std::string& text);
 
 // The words of one command. False, with the reason in `error`, for an unterminated quote.

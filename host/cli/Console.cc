@@ -7,10 +7,15 @@
 
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
 #include <fstream>
 #include <iostream>
+#include <vector>
 
 #include "host/Sessions.h"
+#include "host/cli/Completion.h"
+#include "platform/Logger.h"
+#include "station/log/LogControl.h"
 
 namespace vesk {
 namespace host {
@@ -19,10 +24,11 @@ namespace {
 
 const char* const kPrompt = "vesk> ";
 
-// True when one of `signals` is pending (and takes it).
-bool signalled(const sigset_t& signals) {
+// The one of `signals` that is pending (taken), or 0.
+int signalled(const sigset_t& signals) {
     timespec now{0, 0};
-    return sigtimedwait(&signals, nullptr, &now) > 0;
+    int taken = sigtimedwait(&signals, nullptr, &now);
+    return taken > 0 ? taken : 0;
 }
 
 // True when standard input has something to read within 100 ms.
@@ -47,7 +53,7 @@ bool runScript(Shell& shell, const std::string& path, std::ostream& err) {
 void readLines(Shell& shell, const sigset_t& signals) {
     std::string pending;
     char buffer[4096];
-    while (!shell.stopped() && !signalled(signals)) {
+    while (!shell.stopped() && signalled(signals) == 0) {
         if (!inputReady()) {
             continue;
         }
@@ -67,9 +73,48 @@ void readLines(Shell& shell, const sigset_t& signals) {
     }
 }
 
-// The shell the line editor's callback feeds, and whether input has ended.
+// The shell the line editor's callback feeds, whether input has ended, and whether the last
+// key was a Ctrl-C.
 Shell* g_editing = nullptr;
 bool g_inputEnded = false;
+bool g_interrupted = false;
+
+// The words the completion generator hands out.
+std::vector<std::string> g_completions;
+
+char* nextCompletion(const char*, int state) {
+    static size_t next = 0;
+    next = state == 0 ? 0 : next;
+    return next < g_completions.size() ? strdup(g_completions[next++].c_str()) : nullptr;
+}
+
+// The line editor's completion: ours only, never file names. What the agent logs while it
+// reads the MOs is not written over the line being typed.
+char** completeLine(const char* text, int start, int) {
+    rl_attempted_completion_over = 1;
+    vesk::log::LogCapture quiet(VESK_LOG_WARNING, true);
+    Completions found = complete(*g_editing, std::string(rl_line_buffer, start), text);
+    g_completions = found.words;
+    rl_completion_suppress_append = found.space ? 0 : 1;
+    return rl_completion_matches(text, nextCompletion);
+}
+
+// Ctrl-C at the prompt: drops the line being typed; on an empty line right after another
+// Ctrl-C, ends the input. True when the input ends.
+bool interrupt() {
+    bool empty = rl_end == 0;
+    if (empty && g_interrupted) {
+        std::printf("\n");
+        return true;
+    }
+    std::printf(empty ? "^C (Ctrl-C again or Ctrl-D to leave)\n" : "^C\n");
+    std::fflush(stdout);
+    rl_replace_line("", 0);
+    rl_on_new_line();
+    rl_redisplay();
+    g_interrupted = true;
+    return false;
+}
 
 void onEditedLine(char* line) {
     if (line == nullptr) {
@@ -84,13 +129,23 @@ void onEditedLine(char* line) {
     std::free(line);
 }
 
-// A terminal: line editing and history, with the signals still watched between keys.
+// A terminal: line editing, history and completion, with the signals still watched between
+// keys: SIGINT is Ctrl-C, SIGTERM ends.
 void editLines(Shell& shell, const sigset_t& signals) {
+    static char breaks[] = " \t;";
     g_editing = &shell;
     g_inputEnded = false;
+    g_interrupted = false;
+    rl_attempted_completion_function = completeLine;
+    rl_completer_word_break_characters = breaks;
     rl_callback_handler_install(kPrompt, onEditedLine);
-    while (!g_inputEnded && !shell.stopped() && !signalled(signals)) {
+    while (!g_inputEnded && !shell.stopped()) {
+        int signal = signalled(signals);
+        if (signal == SIGTERM || (signal == SIGINT && interrupt())) {
+            break;
+        }
         if (inputReady()) {
+            g_interrupted = false;
             rl_callback_read_char();
         }
     }

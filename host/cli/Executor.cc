@@ -9,6 +9,9 @@ namespace {
 // The dn of a child the iterator named: by its id, by its rdn or in full.
 std::string childDn(const std::string& parent, const std::string& className,
                     const std::string& named) {
+    if (parent.empty()) {
+        return named.find('=') != std::string::npos ? named : className + "=" + named;
+    }
     if (named.compare(0, parent.size() + 1, parent + ",") == 0) {
         return named;
     }
@@ -193,6 +196,20 @@ OrlReturnT Executor::children(OrlTxHandleT tx, const std::string& dn, const std:
     return code;
 }
 
+std::vector<std::string> Executor::childDns(const std::string& parentDn,
+                                            const std::string& className) {
+    std::vector<std::string> dns;
+    OrlTxHandleT tx = _tx;
+    if (!_open && _host.begin(&tx) != OrlOk) {
+        return dns;
+    }
+    children(tx, parentDn, className, &dns);
+    if (!_open) {
+        _host.abort(tx);
+    }
+    return dns;
+}
+
 void Executor::list(const std::string& dn, const std::string& className, Answer* answer) {
     run(answer, [&](OrlTxHandleT tx, Answer* a) {
         OrlReturnT code = OrlOk;
@@ -221,14 +238,46 @@ void Executor::set(const std::string& dn, const std::string& attribute,
     });
 }
 
-void Executor::create(const std::string& parentDn, const std::string& className,
-                      const std::string& keyName, const std::string& keyValue,
-                      OrlMoNamedAttributeValueContainer_3** attributes, Answer* answer) {
+bool Executor::mayCreate(OrlTxHandleT tx, const std::string& parentDn, Id moc, Id parent,
+                         const std::string& dn, Answer* answer, OrlReturnT* code) {
+    if (!present(tx, parentDn, answer, code)) {
+        answer->error += *code == OrlOk ? ": the parent must exist first" : "";
+        return false;
+    }
+    bool found = false;
+    *code = _host.callAgent(&OrlOamSpiManagedObject_3::existsMo, tx, dn.c_str(), &found);
+    if (*code != OrlOk || found) {
+        answer->error = found ? dn + " exists already" : "cannot tell whether " + dn + " exists";
+        return false;
+    }
+    const std::string& className = _model.className(moc);
+    const model::Containment& containment =
+        _model.tables().containments[_model.schema().childContainment(parent, className)];
+    uint64_t count = 0;
+    *code = _host.callAgent(&OrlOamSpiManagedObject_3::countMoChildren, tx, parentDn.c_str(),
+                            className.c_str(), &count);
+    if (*code != OrlOk) {
+        answer->error = "cannot count " + className + " below " + parentDn;
+    } else if (count >= static_cast<uint64_t>(containment.max)) {
+        answer->error = parentDn + " holds " + std::to_string(count) + " " + className +
+                        " already, the most the model allows (max-elements " +
+                        std::to_string(containment.max) + ")";
+    }
+    return answer->error.empty();
+}
+
+void Executor::create(const std::string& parentDn, Id moc, Id parent, const std::string& keyName,
+                      const std::string& keyValue, OrlMoNamedAttributeValueContainer_3** attributes,
+                      Answer* answer) {
+    const std::string& className = _model.className(moc);
     std::string dn = parentDn + "," + className + "=" + keyValue;
     run(answer, [&](OrlTxHandleT tx, Answer* a) {
-        OrlReturnT code =
-            _host.callAgent(&OrlOamSpiManagedObject_3::createMo, tx, parentDn.c_str(),
-                            className.c_str(), keyName.c_str(), keyValue.c_str(), attributes);
+        OrlReturnT code = OrlOk;
+        if (!mayCreate(tx, parentDn, moc, parent, dn, a, &code)) {
+            return code;
+        }
+        code = _host.callAgent(&OrlOamSpiManagedObject_3::createMo, tx, parentDn.c_str(),
+                               className.c_str(), keyName.c_str(), keyValue.c_str(), attributes);
         if (code != OrlOk) {
             a->error = "cannot create " + dn;
         } else {

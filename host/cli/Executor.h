@@ -46,13 +46,21 @@ class Executor {
     // copies what it keeps.
     void set(const std::string& dn, const std::string& attribute,
              const OrlMoAttributeValueContainer_3* value, Answer* answer);
-    // `attributes` is null-terminated.
-    void create(const std::string& parentDn, const std::string& className,
-                const std::string& keyName, const std::string& keyValue,
-                OrlMoNamedAttributeValueContainer_3** attributes, Answer* answer);
+    // Creates an MO of class `moc` below `parentDn` (of class `parent`); `attributes` is
+    // null-terminated. Refused before the agent's createMo, with the reason, when the parent does
+    // not exist, the MO exists already, or the parent holds as many MOs of the class as the
+    // model allows.
+    void create(const std::string& parentDn, Id moc, Id parent, const std::string& keyName,
+                const std::string& keyValue, OrlMoNamedAttributeValueContainer_3** attributes,
+                Answer* answer);
     // Deletes `dn` (of class `moc`) with its subtree, children first, each MO with its own call
     // of the agent; the first refusal stops the walk.
     void remove(const std::string& dn, Id moc, Answer* answer);
+
+    // The dns of the children of class `className` of `parentDn` ("" for MOs of the root
+    // class), read in the open transaction or in one of their own that is then aborted; empty
+    // when the agent cannot tell. For completion: no answer, no messages.
+    std::vector<std::string> childDns(const std::string& parentDn, const std::string& className);
 
     // A request on the agent: gets a transaction handle, fills `answer` and returns the agent's
     // code. Runs as described above; the operator messages of the request are collected.
@@ -62,6 +70,9 @@ class Executor {
   private:
     // Whether `dn` exists; when not, the reason is in the answer and `code` the agent's answer.
     bool present(OrlTxHandleT tx, const std::string& dn, Answer* answer, OrlReturnT* code);
+    // Whether the MO `dn` of `moc` may be created below `parentDn`; see create.
+    bool mayCreate(OrlTxHandleT tx, const std::string& parentDn, Id moc, Id parent,
+                   const std::string& dn, Answer* answer, OrlReturnT* code);
     // Appends the dns of the children of class `className` of `dn`, in the agent's order.
     OrlReturnT children(OrlTxHandleT tx, const std::string& dn, const std::string& className,
                         std::vector<std::string>* out);

@@ -1,5 +1,8 @@
 #include "host/cli/ModelView.h"
 
+#include <libyang/libyang.h>
+
+#include "host/cli/Utf8Text.h"
 #include "host/model/StationValues.h"
 
 namespace vesk {
@@ -54,6 +57,10 @@ bool ModelView::resolveDn(const std::string& dn, Id* moc, std::string* error) co
         } else if (!resolveChildClass(current, className, &current, error)) {
             return false;
         }
+        if (!checkId(current, id, error)) {
+            *error = "malformed dn '" + dn + "': " + *error;
+            return false;
+        }
     }
     *moc = current;
     return true;
@@ -61,6 +68,22 @@ bool ModelView::resolveDn(const std::string& dn, Id* moc, std::string* error) co
 
 const std::string& ModelView::rootClassName() const {
     return tables().mocName(tables().root);
+}
+
+bool ModelView::checkId(Id moc, const std::string& id, std::string* error) const {
+    const std::string shown = "id '" + id + "' of " + className(moc);
+    if (!isUtf8(id)) {
+        *error = shown + " is not UTF-8 text";
+        return false;
+    }
+    const lysc_node* key = tables().attributes[attributes(moc).front()].node;
+    ly_ctx* context = _schema.context();
+    if (key == nullptr || lyd_value_validate(context, key, id.c_str(), id.size(), nullptr, nullptr,
+                                             nullptr) == LY_SUCCESS) {
+        return true;
+    }
+    *error = shown + ": " + ly_errmsg(context);
+    return false;
 }
 
 bool ModelView::resolveChildClass(Id parent, const std::string& name, Id* moc,
@@ -128,6 +151,16 @@ std::string ModelView::literalName(Id attribute, int64_t number) const {
     return std::string();
 }
 
+std::vector<std::string> ModelView::literals(Id attribute) const {
+    std::vector<std::string> names;
+    Id enumeration = typeOf(attribute).enumeration;
+    for (Id it = enumeration == kNone ? kNone : tables().enumerations[enumeration].firstLiteral;
+         it != kNone; it = tables().literals[it].next) {
+        names.push_back(tables().properties[tables().literals[it].properties].name);
+    }
+    return names;
+}
+
 bool ModelView::literalNumber(Id attribute, const std::string& name, int64_t* number) const {
     Id enumeration = typeOf(attribute).enumeration;
     if (enumeration == kNone) {
@@ -168,10 +201,8 @@ std::string ModelView::typeName(Id attribute) const {
     }
     std::string separator = " ";
     if (type == 12) {
-        Id enumeration = typeOf(attribute).enumeration;
-        for (Id it = enumeration == kNone ? kNone : tables().enumerations[enumeration].firstLiteral;
-             it != kNone; it = tables().literals[it].next) {
-            name += separator + tables().properties[tables().literals[it].properties].name;
+        for (const std::string& literal : literals(attribute)) {
+            name += separator + literal;
             separator = "|";
         }
     } else if (type == 14) {

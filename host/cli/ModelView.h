@@ -21,9 +21,13 @@ class ModelView {
     explicit ModelView(const model::ModelSchema& schema) : _schema(schema) {}
 
     // The class of the last rdn of `dn`, checked from ManagedElement down: each rdn "Class=id"
-    // with both parts present, each class a child class of the one before. False, with the
-    // reason in `error`, for a malformed dn or a class the model does not have there.
+    // with both parts present, each class a child class of the one before, each id one its
+    // class's key allows. False, with the reason in `error`, for a malformed dn or a class the
+    // model does not have there.
     bool resolveDn(const std::string& dn, Id* moc, std::string* error) const;
+    // Whether `id` may name an MO of class `moc`: UTF-8 text that fits the type of the class's
+    // key. False, with the reason, otherwise.
+    bool checkId(Id moc, const std::string& id, std::string* error) const;
     // The class `name` as a child class of `parent`; false with the reason otherwise.
     bool resolveChildClass(Id parent, const std::string& name, Id* moc, std::string* error) const;
     // The attribute `name` of `moc`; false with the reason otherwise.
@@ -42,6 +46,8 @@ class ModelView {
     bool isList(Id attribute) const;
     // The name of literal `number` of the attribute's enumeration, or empty.
     std::string literalName(Id attribute, int64_t number) const;
+    // The literal names of the attribute's enumeration, in model order; empty for another type.
+    std::vector<std::string> literals(Id attribute) const;
     // The number of literal `name`; false if the enumeration has none of that name.
     bool literalNumber(Id attribute, const std::string& name, int64_t* number) const;
     // The expected type of an attribute or struct member for the operator: "uint32",

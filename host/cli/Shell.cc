@@ -1,7 +1,11 @@
 #include "host/cli/Shell.h"
 
+#include <algorithm>
+
 #include "host/cli/CommandText.h"
 #include "host/cli/Commands.h"
+#include "platform/Logger.h"
+#include "station/log/LogControl.h"
 
 namespace vesk {
 namespace host {
@@ -39,16 +43,7 @@ bool Shell::runCommand(const std::string& command) {
     if (!split) {
         answer.command = command;
     } else {
-        answer.command = words[0];
-        answer.args.assign(words.begin() + 1, words.end());
-        const Command* found = findCommand(words[0]);
-        if (found == nullptr) {
-            answer.error = "unknown command '" + words[0] + "' (try help)";
-        } else if (answer.args.size() < found->minArgs || answer.args.size() > found->maxArgs) {
-            answer.error = std::string("usage: ") + found->name + " " + found->usage;
-        } else {
-            found->run(*this, answer.args, &answer);
-        }
+        execute(words, &answer);
     }
     print(answer);
     if (answer.failed() && _options.strict) {
@@ -56,6 +51,30 @@ bool Shell::runCommand(const std::string& command) {
         _stopped = true;
     }
     return !_stopped;
+}
+
+void Shell::execute(const std::vector<std::string>& words, Answer* answer) {
+    answer->command = words[0];
+    answer->args.assign(words.begin() + 1, words.end());
+    const Command* found = findCommand(words[0]);
+    if (found == nullptr) {
+        answer->error = "unknown command '" + words[0] + "' (try help)";
+        return;
+    }
+    if (answer->args.size() < found->minArgs || answer->args.size() > found->maxArgs) {
+        answer->error = std::string("usage: ") + found->name + " " + found->usage;
+        return;
+    }
+    vesk::log::LogCapture logged(VESK_LOG_WARNING, _options.divertLog);
+    found->run(*this, answer->args, answer);
+    for (const vesk::log::LogLine& line : logged.lines()) {
+        std::string text = line.text.substr(0, line.text.find_last_not_of(" \r\n") + 1);
+        // A rule retried or a walk repeated logs the same line again; it is shown once.
+        if (std::find(answer->reasons.begin(), answer->reasons.end(), text) ==
+            answer->reasons.end()) {
+            answer->reasons.push_back(text);
+        }
+    }
 }
 
 void Shell::finish() {
@@ -76,7 +95,7 @@ void Shell::finish() {
 
 void Shell::print(const Answer& answer) {
     if (_options.json) {
-        _out << toJson(answer).dump() << std::endl;
+        _out << dumpJson(toJson(answer)) << std::endl;
     } else {
         writeText(answer, _out);
     }

@@ -6,6 +6,7 @@
 
 #include <ostream>
 #include <string>
+#include <vector>
 
 #include "host/Host.h"
 #include "host/cli/Answer.h"
@@ -22,6 +23,9 @@ struct ShellOptions {
     std::string protocol = "cli";  // as bound to the requests' session: netconf, cli or none
     std::string user;
     bool echo = false;  // text answers are preceded by the prompt and the command (scripts)
+    // The warning and error lines logged while a command runs are shown with its answer as
+    // reasons; when `divertLog` is set they are not written to the log as well.
+    bool divertLog = false;
 };
 
 // Exit status of a run stopped by a failed command under `strict`.
@@ -56,6 +60,8 @@ class Shell {
     void setEcho(bool echo) { _options.echo = echo; }
 
   private:
+    // Runs the command of `words` into `answer`, with the lines it logs as reasons.
+    void execute(const std::vector<std::string>& words, Answer* answer);
     void print(const Answer& answer);
 
     Host& _host;

@@ -2,6 +2,8 @@
 
 #include <vector>
 
+#include "host/cli/Utf8Text.h"
+
 namespace vesk {
 namespace host {
 namespace cli {
@@ -91,18 +93,21 @@ Json ValueFormatter::formatStruct(Id attribute,
 namespace {
 
 bool needsQuotes(const std::string& text) {
-    return text.empty() || text.find_first_of(" \t\",;[]{}=\\") != std::string::npos;
+    return text.empty() || text.find_first_of(" \t\",;[]{}=\\") != std::string::npos ||
+           escapeBytes(text, true) != text;
 }
 
+// Quotes and backslashes escaped first, so that "\xHH" for a byte that is not UTF-8 (or a
+// control character) cannot be mistaken for text.
 std::string quoted(const std::string& text) {
-    std::string result = "\"";
+    std::string result;
     for (char c : text) {
         if (c == '"' || c == '\\') {
             result += '\\';
         }
         result += c;
     }
-    return result + "\"";
+    return "\"" + escapeBytes(result, true) + "\"";
 }
 
 }  // namespace

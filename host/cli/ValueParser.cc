@@ -2,9 +2,11 @@
 
 #include <libyang/libyang.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdlib>
 #include <cstring>
+#include <set>
 #include <utility>
 
 namespace vesk {
@@ -228,7 +230,7 @@ bool ValueParser::parseWords(Id attribute, const std::vector<std::string>& words
     freeContainerContents(value->mutableContainer());
     value->mutableContainer()->type = _model.baseType(attribute);
     if (words.empty()) {
-        return true;
+        return _rules.fitsCount(attribute, 0, error);
     }
     Node node;
     if (words.size() == 1) {
@@ -285,6 +287,9 @@ bool ValueParser::fill(Id attribute, const Node& node, OrlMoAttributeValueContai
     } else {
         items.push_back(&node);
     }
+    if (!_rules.fitsCount(attribute, items.size(), error) || !distinct(attribute, items, error)) {
+        return false;
+    }
     container->type = _model.baseType(attribute);
     container->values = static_cast<OrlMoAttributeValue_3*>(
         std::calloc(items.empty() ? 1 : items.size(), sizeof(OrlMoAttributeValue_3)));
@@ -309,7 +314,10 @@ bool ValueParser::fillSlot(Id attribute, int32_t type, const Node& node,
         return false;
     }
     const std::string& text = node.text;
-    if (!fitsType(attribute, text, error)) {
+    bool textual =
+        type == OrlOamSpiMoAttributeType_3_STRING || type == OrlOamSpiMoAttributeType_3_REFERENCE;
+    if ((textual && !_rules.fitsText(attribute, text, error)) ||
+        !fitsType(attribute, text, error)) {
         return false;
     }
     bool ok = true;
@@ -369,10 +377,15 @@ bool ValueParser::fillStruct(Id attribute, const Node& node, OrlMoAttributeValue
         return false;
     }
     OrlMoAttributeValueStructMember_3** tail = &slot->structMember;
+    std::set<std::string> seen;
     for (const auto& member : node.members) {
         Id id = _model.structMember(attribute, member.first);
         if (id == kNone) {
             *error = "unknown member '" + member.first + "' of " + name;
+            return false;
+        }
+        if (!seen.insert(member.first).second) {
+            *error = "member '" + member.first + "' of " + name + " is given twice";
             return false;
         }
         auto* record = static_cast<OrlMoAttributeValueStructMember_3*>(
@@ -383,6 +396,36 @@ bool ValueParser::fillStruct(Id attribute, const Node& node, OrlMoAttributeValue
         *tail = record;
         tail = &record->nextMember;
         if (!fill(id, member.second, record->memberValue, error)) {
+            return false;
+        }
+    }
+    return true;
+}
+
+bool ValueParser::distinct(Id attribute, const std::vector<const Node*>& items,
+                           std::string* error) const {
+    const std::string& name = _model.attributeName(attribute);
+    Id key = kNone;
+    for (Id member : _model.structMembers(attribute)) {
+        key = _model.tables().attributes[member].key ? member : key;
+    }
+    std::set<std::string> seen;
+    for (const Node* item : items) {
+        const Node* value = item;
+        if (key != kNone && item->kind == Node::kStruct) {
+            auto given = std::find_if(item->members.begin(), item->members.end(), [&](auto& m) {
+                return m.first == _model.attributeName(key);
+            });
+            if (given == item->members.end()) {
+                *error = "each entry of " + name + " needs " + _model.attributeName(key) +
+                         ", the key of its entries";
+                return false;
+            }
+            value = &given->second;
+        }
+        if (value->kind == Node::kScalar && !seen.insert(value->text).second) {
+            *error = name + ": " + (value == item ? "value" : _model.attributeName(key)) + " '" +
+                     value->text + "' is given twice; a list holds each once";
             return false;
         }
     }

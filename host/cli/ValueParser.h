@@ -4,12 +4,15 @@
 // "{member=value, ...}" (members by model name), list attributes as "[v, v]" (a single value is
 // a list of one). A single value of a plain type is the whole text, quotes optional (unless it
 // begins with a quote, "[" or "{"); inside lists and structs, values holding blanks or one of
-// `",;[]{}=\` are quoted. Used by the write commands.
+// `",;[]{}=\` are quoted. The model's rules on values hold too (ModelRules): multiplicity,
+// UTF-8 text, reference classes, each list value and struct member once. Used by the write
+// commands.
 #pragma once
 
 #include <string>
 #include <vector>
 
+#include "host/cli/ModelRules.h"
 #include "host/cli/ModelView.h"
 #include "platform/orl/OrlAttributeValue.h"
 
@@ -41,7 +44,7 @@ void freeContainerContents(OrlMoAttributeValueContainer_3* container);
 
 class ValueParser {
   public:
-    explicit ValueParser(const ModelView& model) : _model(model) {}
+    explicit ValueParser(const ModelView& model) : _model(model), _rules(model) {}
 
     // Parses `text` as a value of attribute (or struct member) `attribute` into `value`. False,
     // with one line for the operator in `error`, if the text does not fit.
@@ -67,8 +70,12 @@ class ValueParser {
     bool fillStruct(Id attribute, const Node& node, OrlMoAttributeValue_3* slot,
                     std::string* error) const;
     bool fitsType(Id attribute, const std::string& text, std::string* error) const;
+    // Whether the values of a list are distinct: the texts of plain values, the keys of a
+    // struct list's entries (which each entry must give).
+    bool distinct(Id attribute, const std::vector<const Node*>& items, std::string* error) const;
 
     const ModelView& _model;
+    ModelRules _rules;
 };
 
 }  // namespace cli

@@ -3,7 +3,9 @@
 #include <cstdlib>
 #include <cstring>
 #include <memory>
+#include <set>
 
+#include "host/cli/ModelRules.h"
 #include "host/cli/Shell.h"
 #include "host/cli/ValueParser.h"
 #include "host/oi/Implementers.h"
@@ -57,12 +59,27 @@ bool splitPair(const std::string& word, std::string* name, std::string* value) {
     return true;
 }
 
-// The value words of attribute `name` of class `moc`, parsed; false with the reason otherwise.
+// The value words of attribute `name` of class `moc`, parsed; false with the reason otherwise,
+// also when the operator may not write the attribute.
 bool parseValue(Shell& shell, Id moc, const std::string& name, const Args& words,
                 ParsedValue* value, std::string* error) {
     Id attribute = kNone;
     return shell.model().resolveAttribute(moc, name, &attribute, error) &&
+           ModelRules(shell.model()).writable(moc, attribute, error) &&
            ValueParser(shell.model()).parseWords(attribute, words, value, error);
+}
+
+// The class and id of `CLASS=ID`, a child of `parent` that an operator may create.
+bool newChild(Shell& shell, Id parent, const std::string& word, Id* moc, std::string* id,
+              std::string* error) {
+    std::string className;
+    if (!splitPair(word, &className, id)) {
+        *error = "the new MO must be written CLASS=ID, not '" + word + "'";
+        return false;
+    }
+    return shell.model().resolveChildClass(parent, className, moc, error) &&
+           ModelRules(shell.model()).creatable(*moc, error) &&
+           shell.model().checkId(*moc, *id, error);
 }
 
 }  // namespace
@@ -82,19 +99,13 @@ void runSet(Shell& shell, const Args& args, Answer* answer) {
 void runCreate(Shell& shell, const Args& args, Answer* answer) {
     Id parent = kNone;
     Id moc = kNone;
-    std::string className;
     std::string id;
-    if (!shell.model().resolveDn(args[0], &parent, &answer->error)) {
-        return;
-    }
-    if (!splitPair(args[1], &className, &id)) {
-        answer->error = "the new MO must be written CLASS=ID, not '" + args[1] + "'";
-        return;
-    }
-    if (!shell.model().resolveChildClass(parent, className, &moc, &answer->error)) {
+    if (!shell.model().resolveDn(args[0], &parent, &answer->error) ||
+        !newChild(shell, parent, args[1], &moc, &id, &answer->error)) {
         return;
     }
     NamedValues attributes;
+    std::set<std::string> given;
     for (size_t i = 2; i < args.size(); ++i) {
         std::string name;
         std::string text;
@@ -107,10 +118,17 @@ void runCreate(Shell& shell, const Args& args, Answer* answer) {
         if (!parseValue(shell, moc, name, {text}, &value, &answer->error)) {
             return;
         }
+        if (!given.insert(name).second) {
+            answer->error = name + " is given twice";
+            return;
+        }
         attributes.add(name, &value);
     }
+    if (!ModelRules(shell.model()).mandatoryGiven(moc, given, &answer->error)) {
+        return;
+    }
     const std::string& keyName = shell.model().attributeName(shell.model().attributes(moc)[0]);
-    shell.executor().create(args[0], className, keyName, id, attributes.list(), answer);
+    shell.executor().create(args[0], moc, parent, keyName, id, attributes.list(), answer);
 }
 
 void runDelete(Shell& shell, const Args& args, Answer* answer) {

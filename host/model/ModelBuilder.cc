@@ -258,7 +258,9 @@ void TableBuilder::fillLeafType(const lysc_node* node, TypeContainer* container)
         return;
     }
     container->type = base;
-    if (!isBuiltinTypeName(writtenTypeName(node)) && writtenTypeName(node)[0] != '\0') {
+    // A key is a plain string for the agent, whatever restricts its text.
+    if ((node->flags & LYS_KEY) == 0 && !isBuiltinTypeName(writtenTypeName(node)) &&
+        writtenTypeName(node)[0] != '\0') {
         Id baseId = storeTypeContainer(*container);
         container->type = OrlOamSpiMrType_3_DERIVED;
         container->derived = static_cast<Id>(_t.derived.size());

@@ -148,6 +148,10 @@ bool StationLoader::load(const std::string& stationFile, const std::string& obje
     return true;
 }
 
+bool StationLoader::holdsStation(const ModelSchema& schema) {
+    return databaseHoldsStation(schema.tables().mocName(schema.tables().root));
+}
+
 bool StationLoader::isEmptyStateDirectory(const std::string& directory, std::string* error) {
     std::error_code code;
     if (!std::filesystem::exists(directory, code)) {

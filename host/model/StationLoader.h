@@ -33,6 +33,8 @@ class StationLoader {
     // Number of objects the last successful load wrote.
     size_t objectCount() const { return _objectCount; }
 
+    // True if the open database holds a station: the root MO of `schema`'s model or "OAM".
+    static bool holdsStation(const ModelSchema& schema);
     // True if `directory` does not exist or is empty; otherwise false with a message.
     static bool isEmptyStateDirectory(const std::string& directory, std::string* error);
 

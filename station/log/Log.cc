@@ -42,7 +42,17 @@ int initialThreshold() {
 }
 
 std::atomic<int> g_threshold{initialThreshold()};
-std::atomic<int> g_captureCount{0};
+// The highest level any live capture wants; -1 when there is none.
+std::atomic<int> g_captureLevel{-1};
+
+// Called with the state's mutex held.
+void updateCaptureLevel(const std::vector<LogCapture*>& captures) {
+    int level = -1;
+    for (const LogCapture* c : captures) {
+        level = std::max(level, c->maxLevel());
+    }
+    g_captureLevel.store(level);
+}
 
 void writeLine(int component, int level, const std::string& text) {
     struct timeval tv;
@@ -119,18 +129,18 @@ bool setSinkFile(const std::string& path) {
     return true;
 }
 
-LogCapture::LogCapture() {
+LogCapture::LogCapture(int maxLevel, bool divert) : _maxLevel(maxLevel), _divert(divert) {
     LogState& s = state();
     std::lock_guard<std::mutex> lock(s.mutex);
     s.captures.push_back(this);
-    g_captureCount.fetch_add(1);
+    updateCaptureLevel(s.captures);
 }
 
 LogCapture::~LogCapture() {
     LogState& s = state();
     std::lock_guard<std::mutex> lock(s.mutex);
     s.captures.erase(std::remove(s.captures.begin(), s.captures.end(), this), s.captures.end());
-    g_captureCount.fetch_sub(1);
+    updateCaptureLevel(s.captures);
 }
 
 std::vector<LogLine> LogCapture::lines() const {
@@ -157,9 +167,13 @@ void LogCapture::clear() {
     _lines.clear();
 }
 
-void LogCapture::add(const LogLine& line) {
+bool LogCapture::add(const LogLine& line) {
+    if (line.level > _maxLevel) {
+        return false;
+    }
     std::lock_guard<std::mutex> lock(_mutex);
     _lines.push_back(line);
+    return _divert;
 }
 
 }  // namespace log
@@ -168,7 +182,7 @@ void LogCapture::add(const LogLine& line) {
 extern "C" void mw_api_log_impl(int component, int level, int /*flag*/, const char* format, ...) {
     using namespace vesk::log;
     bool write = level <= g_threshold.load(std::memory_order_relaxed);
-    bool capture = g_captureCount.load(std::memory_order_relaxed) > 0;
+    bool capture = level <= g_captureLevel.load(std::memory_order_relaxed);
     if ((!write && !capture) || format == nullptr)
         return;
 
@@ -194,8 +208,10 @@ extern "C" void mw_api_log_impl(int component, int level, int /*flag*/, const ch
     if (capture) {
         LogState& s = state();
         std::lock_guard<std::mutex> lock(s.mutex);
-        for (LogCapture* c : s.captures)
-            c->add(LogLine{component, level, text});
+        for (LogCapture* c : s.captures) {
+            if (c->add(LogLine{component, level, text}))
+                write = false;
+        }
     }
     if (write)
         writeLine(component, level, text);

@@ -28,12 +28,14 @@ struct LogLine {
     std::string text;  // the formatted text, without time, level or component
 };
 
-// While alive, receives every line of every level, whatever the threshold. Captures may nest
-// and may be read from any thread.
+// While alive, receives every line of every level up to `maxLevel` (all by default), whatever
+// the threshold. A diverting capture keeps the lines it takes from the sink: they are the
+// capturer's to show. Captures may nest and may be read from any thread.
 class LogCapture {
   public:
-    LogCapture();
+    explicit LogCapture(int maxLevel = kAllLevels, bool divert = false);
     ~LogCapture();
+    static constexpr int kAllLevels = 0x7fffffff;
     LogCapture(const LogCapture&) = delete;
     LogCapture& operator=(const LogCapture&) = delete;
 
@@ -44,9 +46,13 @@ class LogCapture {
     size_t countContaining(const std::string& part, int level = 0) const;
     void clear();
 
-    void add(const LogLine& line);
+    int maxLevel() const { return _maxLevel; }
+    // Takes the line if its level is one the capture wants; true if the capture diverts it.
+    bool add(const LogLine& line);
 
   private:
+    const int _maxLevel;
+    const bool _divert;
     mutable std::mutex _mutex;
     std::vector<LogLine> _lines;
 };

@@ -14,7 +14,8 @@ using namespace vesk::e2e;
 class HostProgramTest : public ProgramFixture {
   protected:
     std::string probe() const {
-        return std::string("--plugin ") + VESK_PROBE_PATH + " --state " + _dir + "/state";
+        return std::string("--plugin ") + VESK_PROBE_PATH + " --state " + _dir +
+               "/state --create-state";
     }
 };
 
@@ -29,14 +30,15 @@ TEST_F(HostProgramTest, CleanRunStartsComponentsAndWritesTheLogFile) {
 }
 
 TEST_F(HostProgramTest, FailuresEndWithTheirOwnExitStatusAndHelpNamesEveryOption) {
-    Outcome missing = program("--plugin " + _dir + "/none.so --state " + _dir + "/state");
+    Outcome missing =
+        program("--plugin " + _dir + "/none.so --state " + _dir + "/state --create-state");
     EXPECT_EQ(missing.status, 3);
     EXPECT_NE(missing.err.find("vesk-host: cannot load plug-in " + _dir + "/none.so"),
               std::string::npos)
         << missing.err;
 
-    Outcome nosym =
-        program(std::string("--plugin ") + VESK_NOSYM_PATH + " --state " + _dir + "/state");
+    Outcome nosym = program(std::string("--plugin ") + VESK_NOSYM_PATH + " --state " + _dir +
+                            "/state --create-state");
     EXPECT_EQ(nosym.status, 3);
     EXPECT_NE(nosym.err.find("does not export orlLCMinit"), std::string::npos) << nosym.err;
 

@@ -58,11 +58,11 @@ TEST_F(WriteValueTest, WordsBecomeTheContainersTheAgentReceives) {
     EXPECT_EQ(c->values, nullptr);
 
     // A dn is one plain word, commas and all; several dns are a list.
-    c = parsed(kCell, "reservedBy", {kFreqRelation, kFrequency});
+    c = parsed(kCell, "reservedBy", {kFreqRelation, kCell});
     ASSERT_EQ(c->type, OrlOamSpiMoAttributeType_3_REFERENCE);
     ASSERT_EQ(c->nrOfValues, 2u);
     EXPECT_STREQ(c->values[0].moRef, kFreqRelation.c_str());
-    EXPECT_STREQ(c->values[1].moRef, kFrequency.c_str());
+    EXPECT_STREQ(c->values[1].moRef, kCell.c_str());
 
     // A struct without braces; a struct list as several such words.
     c = parsed(kEnb, "eNodeBPlmnId", {"mcc=244,mnc=91,mncLength=2"});
