@@ -44,6 +44,8 @@ demo: build
 		--log-level warning --script data/demo/write-session.txt
 	@$(BUILD)/host/vesk-host --plugin $(BUILD)/src/libtib_oam_cm_sa.so --state $(DEMO_STATE) \
 		--log-level warning --script data/demo/gates-session.txt
+	@$(BUILD)/host/vesk-host --plugin $(BUILD)/src/libtib_oam_cm_sa.so --state $(DEMO_STATE) \
+		--log-level info --script data/demo/validation-session.txt
 
 bench: build
 	@for b in $(BUILD)/bench/bench_*; do $$b; done

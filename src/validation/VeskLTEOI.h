@@ -159,8 +159,10 @@ class VeskLTEOI {
     void raiseLoadBalancingFlag(const char* rule, const char* dn, const char* attributeName,
                                 unsigned long aTxHandle);
 
+    // Cells whose bandwidth faults the commit stage has raised (illegal, inconsistent).
     std::list<std::string> _illegalBandwidthAlarmDns;
     std::list<std::string> _inconsistentBandwidthAlarmDns;
+    // A handle once per noted operation; the deletion lists hold (handle, dn).
     TxList _bandwidthCheckTxs;
     TxList _carrierAggregationCheckTxs;
     TxList _candidateChannelCheckTxs;
