@@ -3,7 +3,9 @@
 // rollback stages leave of them. No transaction is open, so no database is touched.
 #include <gtest/gtest.h>
 
+#include <sstream>
 #include <string>
+#include <type_traits>
 #include <vector>
 
 #include "platform/Logger.h"
@@ -14,34 +16,27 @@ namespace {
 
 using TibVeskOI::VeskOI;
 
-// '+' insert an invalid commit, '-' remove that pair, 'x' remove the transaction's invalid
-// commits, 'k' insert a checked commit, 'y' remove the transaction's checked commits, 'c' commit,
-// 'r' roll back.
-struct Op {
-    char kind;
-    unsigned long tx;
-    const char* mo;
-};
-
+// A row's script: words of an operation letter, a handle digit and an MO name. '+' inserts an
+// invalid commit, '-' removes that pair, 'x' the handle's invalid commits, 'k' inserts a checked
+// commit, 'y' removes the handle's checked commits, 'c' commits, 'r' rolls back.
 struct Row {
     const char* name;
-    std::vector<Op> ops;
+    std::string script;
     std::string invalid, checked, blackList;
     int commit;  // the answer of the last commit
 };
 
-std::string render(const VeskOI::CommitList& list) {
+// The entries as "tx:mo" (or the handles), blank-separated.
+template <typename List>
+std::string render(const List& list) {
     std::string text;
-    for (const auto& entry : list)
-        text += (text.empty() ? "" : " ") + std::to_string(entry.txId) + ":" + entry.mo;
-    return text;
-}
-
-std::string render(const std::list<unsigned long>& list) {
-    std::string text;
-    for (unsigned long tx : list)
-        text += (text.empty() ? "" : " ") + std::to_string(tx);
-    return text;
+    for (const auto& entry : list) {
+        if constexpr (std::is_same<List, VeskOI::CommitList>::value)
+            text += " " + std::to_string(entry.txId) + ":" + entry.mo;
+        else
+            text += " " + std::to_string(entry);
+    }
+    return text.empty() ? text : text.substr(1);
 }
 
 // Empties every list through the component's own operations.
@@ -54,76 +49,49 @@ void drain(VeskOI& oi) {
         oi.removeFromInvalidCommits(oi.blackList().front(), "");
 }
 
-int apply(VeskOI& oi, const Op& op) {
-    switch (op.kind) {
+// Runs one word of a script; the answer of a commit or rollback, else OrlOk.
+int runWord(VeskOI& oi, const std::string& word) {
+    const unsigned long tx = word[1] - '0';
+    const std::string mo = word.substr(2);
+    switch (word[0]) {
         case '+':
-            oi.insertToInvalidCommits(op.tx, op.mo);
+            oi.insertToInvalidCommits(tx, mo);
             break;
         case '-':
-            oi.removeFromInvalidCommits(op.tx, op.mo);
+            oi.removeFromInvalidCommits(tx, mo);
             break;
         case 'x':
-            oi.removeFromInvalidCommits(op.tx);
+            oi.removeFromInvalidCommits(tx);
             break;
         case 'k':
-            oi.insertToCheckedCommits(op.tx, op.mo);
+            oi.insertToCheckedCommits(tx, mo);
             break;
         case 'y':
-            oi.removeFromCheckedCommits(op.tx);
+            oi.removeFromCheckedCommits(tx);
             break;
         case 'c':
-            return oi.handleCommit(op.tx);
+            return oi.handleCommit(tx);
         case 'r':
-            return oi.handleRollback(op.tx);
+            return oi.handleRollback(tx);
     }
     return OrlOk;
 }
 
 TEST(CommitLists, WalksAndStages) {
     const std::vector<Row> rows = {
-        {"AdjacentSecondSurvives", {{'+', 1, "a"}, {'+', 1, "b"}, {'x', 1, ""}}, "1:b", "", "1", 0},
-        {"ErasedLastWrapsToTheFront",
-         {{'+', 1, "a"}, {'+', 2, "x"}, {'+', 1, "b"}, {'x', 1, ""}},
-         "2:x",
-         "",
-         "1 2 1",
-         0},
-        {"SecondBehindOtherStays",
-         {{'+', 2, "x"}, {'+', 1, "a"}, {'+', 1, "b"}, {'x', 1, ""}},
-         "2:x 1:b",
-         "",
-         "2 1",
-         0},
-        {"ThreeAdjacentAllGo",
-         {{'+', 1, "a"}, {'+', 1, "b"}, {'+', 1, "c"}, {'x', 1, ""}},
-         "",
-         "",
-         "1",
-         0},
-        {"PairHeldOnce", {{'+', 1, "a"}, {'+', 1, "a"}}, "1:a", "", "1", 0},
-        {"AbsentPairClearsBlackList",
-         {{'+', 1, "a"}, {'+', 2, "x"}, {'-', 1, "zz"}},
-         "1:a 2:x",
-         "",
-         "2",
-         0},
-        {"RemovedPair", {{'+', 1, "a"}, {'+', 2, "x"}, {'-', 1, "a"}}, "2:x", "", "2", 0},
-        {"CheckedPairHeldOnce",
-         {{'k', 1, "a"}, {'k', 1, "a"}, {'k', 2, "x"}, {'y', 1, ""}},
-         "",
-         "2:x",
-         "",
-         0},
-        {"BlackListedCommitRefused", {{'+', 1, "a"}, {'c', 1, ""}}, "", "", "", -9},
-        {"OtherTransactionsCommitPasses", {{'+', 2, "x"}, {'c', 1, ""}}, "2:x", "", "2", 0},
-        {"OffTheBlackListCommits", {{'+', 1, "a"}, {'-', 1, "b"}, {'c', 1, ""}}, "", "", "", 0},
-        {"CheckedCommitsEnd", {{'k', 1, "PmJob=1"}, {'k', 2, "x"}, {'c', 1, ""}}, "", "2:x", "", 0},
-        {"RollbackKeepsTheBlackList",
-         {{'+', 1, "a"}, {'k', 1, "b"}, {'+', 2, "x"}, {'r', 1, ""}},
-         "2:x",
-         "",
-         "1 2",
-         0},
+        {"AdjacentSecondSurvives", "+1a +1b x1", "1:b", "", "1", 0},
+        {"ErasedLastWrapsToTheFront", "+1a +2x +1b x1", "2:x", "", "1 2 1", 0},
+        {"SecondBehindOtherStays", "+2x +1a +1b x1", "2:x 1:b", "", "2 1", 0},
+        {"ThreeAdjacentAllGo", "+1a +1b +1c x1", "", "", "1", 0},
+        {"PairHeldOnce", "+1a +1a", "1:a", "", "1", 0},
+        {"AbsentPairClearsBlackList", "+1a +2x -1zz", "1:a 2:x", "", "2", 0},
+        {"RemovedPair", "+1a +2x -1a", "2:x", "", "2", 0},
+        {"CheckedPairHeldOnce", "k1a k1a k2x y1", "", "2:x", "", 0},
+        {"BlackListedCommitRefused", "+1a c1", "", "", "", -9},
+        {"OtherTransactionsCommitPasses", "+2x c1", "2:x", "", "2", 0},
+        {"OffTheBlackListCommits", "+1a -1b c1", "", "", "", 0},
+        {"CheckedCommitsEnd", "k1PmJob=1 k2x c1", "", "2:x", "", 0},
+        {"RollbackKeepsTheBlackList", "+1a k1b +2x r1", "2:x", "", "1 2", 0},
     };
     VeskOI& oi = *VeskOI::getVeskOI();
     for (const Row& row : rows) {
@@ -131,9 +99,10 @@ TEST(CommitLists, WalksAndStages) {
         drain(oi);
         vesk::log::LogCapture capture;
         int commit = OrlOk;
-        for (const Op& op : row.ops) {
-            int rc = apply(oi, op);
-            if (op.kind == 'c')
+        std::istringstream words(row.script);
+        for (std::string word; words >> word;) {
+            const int rc = runWord(oi, word);
+            if (word[0] == 'c')
                 commit = rc;
         }
         EXPECT_EQ(render(oi.invalidCommits()), row.invalid);
