@@ -65,9 +65,15 @@ void Shell::execute(const std::vector<std::string>& words, Answer* answer) {
         answer->error = std::string("usage: ") + found->name + " " + found->usage;
         return;
     }
-    vesk::log::LogCapture logged(VESK_LOG_WARNING, _options.divertLog);
+    // Information lines are taken too: a validation rule tells why it refused only at that level,
+    // so they are shown with an answer the agent refused.
+    vesk::log::LogCapture logged(VESK_LOG_INFO, _options.divertLog);
     found->run(*this, answer->args, answer);
+    const bool refused = answer->asked && answer->code != OrlOk;
     for (const vesk::log::LogLine& line : logged.lines()) {
+        if (line.level > VESK_LOG_WARNING && !refused) {
+            continue;
+        }
         std::string text = line.text.substr(0, line.text.find_last_not_of(" \r\n") + 1);
         // A rule retried or a walk repeated logs the same line again; it is shown once.
         if (std::find(answer->reasons.begin(), answer->reasons.end(), text) ==

@@ -1,10 +1,34 @@
 #include "validation/VeskOI.h"
 
-#include "front/VeskMoImpl.h"
+#include <cstring>
+
 #include "platform/Logger.h"
-#include "transaction/VeskDBTransaction.h"
+#include "validation/VeskBoamOI.h"
+#include "validation/VeskCellPriority.h"
+#include "validation/VeskLTEOI.h"
+#include "validation/VeskPMOI.h"
 
 namespace TibVeskOI {
+namespace {
+
+// The class of a dn: behind the last "," (the whole text without one), up to the last "=".
+std::string classOf(const std::string& text) {
+    std::string::size_type comma = text.rfind(',');
+    std::string pair = comma == std::string::npos ? text : text.substr(comma + 1);
+    std::string::size_type equals = pair.rfind('=');
+    return equals == std::string::npos ? pair : pair.substr(0, equals);
+}
+
+bool isOneOf(const std::string& text, std::initializer_list<const char*> names) {
+    for (const char* name : names) {
+        if (text == name) {
+            return true;
+        }
+    }
+    return false;
+}
+
+}  // namespace
 
 VeskOI* VeskOI::getVeskOI() {
     static VeskOI oi;
@@ -64,7 +88,9 @@ OrlReturnT VeskOI::start() {
         return rc;
     }
     _threadContext = static_cast<OrlMgmtSpiThreadContext_2*>(context);
-    // The rule classes register their MO paths here once they exist.
+    VeskPMOI::instance()->initialize();
+    VeskLTEOI::instance()->initialize();
+    VeskBoamOI::instance()->initialize();
     return OrlOk;
 }
 
@@ -73,41 +99,31 @@ OrlReturnT VeskOI::stop() {
     return OrlOk;
 }
 
+OrlReturnT VeskOI::registerAsObjectImplementer(const std::string& path) {
+    if (_registerIf == nullptr) {
+        VESK_ERROR("VeskOI::%s no register interface for %s", __func__, path.c_str());
+        return OrlFailure;
+    }
+    OrlReturnT rc =
+        _registerIf->registerClass(_managedObject.header, _txResource.header, path.c_str());
+    VESK_TRACE("VeskOI::%s %s returned %d", __func__, path.c_str(), rc);
+    return rc;
+}
+
+OrlReturnT VeskOI::unregisterAsObjectImplementer(const std::string& path) {
+    if (_registerIf == nullptr) {
+        VESK_ERROR("VeskOI::%s no register interface for %s", __func__, path.c_str());
+        return OrlFailure;
+    }
+    OrlReturnT rc =
+        _registerIf->unRegisterClass(_managedObject.header, _txResource.header, path.c_str());
+    VESK_TRACE("VeskOI::%s %s returned %d", __func__, path.c_str(), rc);
+    return rc;
+}
+
 OrlReturnT VeskOI::join(OrlTxHandleT txHandle) {
     VESK_TRACE("VeskOI::%s txHandle: %lu", __func__, txHandle);
     return OrlOk;
-}
-
-OrlReturnT VeskOI::handleCommit(OrlTxHandleT /*txHandle*/) {
-    return OrlOk;  // nothing is guarded yet, so there is nothing to check
-}
-
-OrlReturnT VeskOI::handleRollback(OrlTxHandleT /*txHandle*/) {
-    return OrlOk;  // nothing is guarded yet, so there is nothing to undo
-}
-
-bool VeskOI::getValidated() {
-    const bool validated = _validated;
-    _validated = true;
-    return validated;
-}
-
-void VeskOI::createCell(OrlTxHandleT txHandle, const char* parentDn, const char* className,
-                        const char* /*keyAttrName*/, const char* keyAttrValue,
-                        OrlMoNamedAttributeValueContainer_3** /*attributes*/) {
-    // The cell priority rules take the new cell here once they land.
-    VESK_TRACE("VeskOI::%s txHandle: %lu MO: %s,%s=%s", __func__, txHandle, parentDn, className,
-               keyAttrValue);
-}
-
-int VeskOI::getVeskDatabaseTransactionId(OrlTxHandleT txHandle) {
-    TibVeskCM::VeskMoImpl::TxMap transactions = TibVeskCM::VeskMoImpl::instance()->getTxMap();
-    auto entry = transactions.find(txHandle);
-    if (entry == transactions.end()) {
-        VESK_TRACE("VeskOI::%s Transaction ID not found (%lu)", __func__, txHandle);
-        return 0;
-    }
-    return entry->second->getDatabaseTxHandle();
 }
 
 OrlReturnT VeskOI::commit(OrlTxHandleT txHandle) {
@@ -120,9 +136,149 @@ OrlReturnT VeskOI::abort(OrlTxHandleT txHandle) {
     return OrlOk;
 }
 
+OrlReturnT VeskOI::setMoAttribute(OrlTxHandleT txHandle, const char* dn, const char* attrName,
+                                  const OrlMoAttributeValueContainer_3* value) {
+    const std::string cls = classOf(dn);
+    VeskLTEOI* lte = VeskLTEOI::instance();
+    if (isOneOf(cls, {"PmJob", "MeasurementReader", "EventJob"})) {
+        return VeskPMOI::instance()->validatePMSetAttribute(dn, attrName, value, txHandle);
+    }
+    if (cls == "EUtranFrequency") {
+        return lte->validateEUtranFrequencySetAttribute(txHandle, dn, attrName, value);
+    }
+    if (cls == "TermPointToMme") {
+        return lte->validateTermPointToMmeSetAttribute(dn, attrName, value, txHandle);
+    }
+    if (isOneOf(cls, {"NodeBFunction", "NodeBLocalCell"})) {
+        OrlReturnT rc =
+            VeskBoamOI::instance()->handleBOAMTransaction(dn, attrName, value, txHandle);
+        return rc != OrlOk ? rc
+                           : VeskCellPriority::instance()->validateCellSetAttribute(
+                                 txHandle, dn, attrName, value);
+    }
+    if (isOneOf(cls, {"EUtranCellRelation", "UtranCellRelation", "Cdma2000CellRelation"})) {
+        return lte->validateCellRelationSetAttribute(txHandle, dn, attrName, value);
+    }
+    if (cls == "EUtranFreqRelation") {
+        return lte->validateFreqRelationSetAttribute(txHandle, dn, attrName, value);
+    }
+    return setCellAttribute(txHandle, dn, attrName, value, cls);
+}
+
+// The rest of the set table, from the cells on.
+OrlReturnT VeskOI::setCellAttribute(OrlTxHandleT txHandle, const char* dn, const char* attrName,
+                                    const OrlMoAttributeValueContainer_3* value,
+                                    const std::string& cls) {
+    VeskLTEOI* lte = VeskLTEOI::instance();
+    if (isOneOf(cls, {"EUtranCellFDD", "EUtranCellTDD"})) {
+        OrlReturnT rc = lte->validateCellSetAttribute(txHandle, dn, attrName, value);
+        return rc != OrlOk ? rc
+                           : VeskCellPriority::instance()->validateCellSetAttribute(
+                                 txHandle, dn, attrName, value);
+    }
+    if (cls == "CarrierAggregationFunction") {
+        return lte->validateCarrierAggregationSetAttribute(txHandle, dn, attrName, value);
+    }
+    if (cls == "WiFiChannelSelection") {
+        return lte->validateWiFiChannelSelectionSetAttribute(txHandle, dn, attrName, value);
+    }
+    if (cls == "QciProfilePredefined") {
+        return lte->validateQciProfilePredefinedSetAttribute(txHandle, dn, attrName, value);
+    }
+    // No registered path leads to ExternalEUtranCellTDD; its row stays for the day one does.
+    if (isOneOf(cls, {"ExternalEUtranCellTDD", "ExternalEUtranCellFDD"})) {
+        return lte->validateExternalEUtranCellSetAttribute(txHandle, dn, attrName, value);
+    }
+    return OrlOk;
+}
+
+OrlReturnT VeskOI::createMo(OrlTxHandleT txHandle, const char* parentDn, const char* className,
+                            const char* /*keyAttrName*/, const char* keyAttrValue,
+                            OrlMoNamedAttributeValueContainer_3** attributes) {
+    const std::string cls = className;
+    VeskLTEOI* lte = VeskLTEOI::instance();
+    if (isOneOf(cls, {"PmJob", "MeasurementReader", "EventJob"})) {
+        const std::string fdn = std::string(parentDn) + "," + cls + "=" + keyAttrValue;
+        return VeskPMOI::instance()->validatePMMoCreation(txHandle, parentDn, className, attributes,
+                                                          fdn, keyAttrValue);
+    }
+    if (cls == "EUtranFrequency") {
+        return lte->validateEUtranFrequencyCreation(txHandle, parentDn, className, attributes);
+    }
+    if (cls == "TermPointToMme") {
+        return lte->validateTermPointToMmeCreation(txHandle, parentDn, className, attributes);
+    }
+    if (isOneOf(cls, {"EUtranCellRelation", "UtranCellRelation", "Cdma2000CellRelation"})) {
+        return lte->validateCellRelationCreation(txHandle, parentDn, className, attributes);
+    }
+    if (cls == "EUtranFreqRelation") {
+        return lte->validateFreqRelationCreation(txHandle, parentDn, className, attributes);
+    }
+    VESK_TRACE("VeskOI::%s Validated MO creation, returning OrlOk", __func__);
+    return OrlOk;
+}
+
+void VeskOI::createCell(OrlTxHandleT txHandle, const char* parentDn, const char* className,
+                        const char* /*keyAttrName*/, const char* keyAttrValue,
+                        OrlMoNamedAttributeValueContainer_3** attributes) {
+    VeskCellPriority::instance()->validateCellCreation(txHandle, parentDn, className, attributes,
+                                                       keyAttrValue);
+}
+
+OrlReturnT VeskOI::deleteMo(OrlTxHandleT txHandle, const char* dn) {
+    if (std::strstr(dn, "EventJob") != nullptr) {
+        return VeskPMOI::instance()->validatePMMoDeletion(txHandle, dn);
+    }
+    const std::string cls = classOf(dn);
+    VeskLTEOI* lte = VeskLTEOI::instance();
+    VeskCellPriority* priority = VeskCellPriority::instance();
+    if (cls == "TermPointToMme") {
+        return lte->validateTermPointToMmeDeletion(txHandle, dn);
+    }
+    if (cls == "EUtranFreqRelation") {
+        return lte->validateEUtranFreqRelationDeletion(txHandle, dn);
+    }
+    if (cls == "EUtranFrequency") {
+        return lte->validateEUtranFrequencyDeletion(txHandle, dn);
+    }
+    if (cls == "EUtranCellFDD") {
+        OrlReturnT rc = lte->validateEUtranCellFDDDeletion(txHandle, dn);
+        return rc != OrlOk ? rc : priority->validateCellDeletion(txHandle, dn);
+    }
+    if (cls == "NodeBLocalCell") {
+        return priority->validateCellDeletion(txHandle, dn);
+    }
+    if (cls == "EUtranCellTDD") {
+        OrlReturnT rc = lte->validateEUtranCellTDDDeletion(txHandle, dn);
+        return rc != OrlOk ? rc : priority->validateCellDeletion(txHandle, dn);
+    }
+    return OrlOk;
+}
+
+void VeskOI::addMessage(const char* text) {
+    if (text != nullptr && _threadContext != nullptr) {
+        _threadContext->addMessage(1, text);
+    }
+}
+
+bool VeskOI::getValidated() {
+    const bool validated = _validated;
+    _validated = true;
+    return validated;
+}
+
 }  // namespace TibVeskOI
 
 using TibVeskOI::VeskOI;
+
+namespace {
+
+// The change slots may be called by any host component; a missing text is an empty one.
+const char* text(const char* value) {
+    return value != nullptr ? value : "";
+}
+
+}  // namespace
 
 OrlReturnT veskoi_component_start(OrlStateChangeReason /*reason*/) {
     return VeskOI::getVeskOI()->start();
@@ -144,23 +300,18 @@ OrlReturnT veskoi_abort_2(OrlTxHandleT txHandle) {
     return VeskOI::getVeskOI()->abort(txHandle);
 }
 
-// The change slots: no class is guarded yet, so each change passes.
 OrlReturnT veskoi_setMoAttribute_3(OrlTxHandleT txHandle, const char* dn, const char* attrName,
-                                   const OrlMoAttributeValueContainer_3* /*value*/) {
-    VESK_TRACE("veskoi_setMoAttribute_3 txHandle: %lu dn: %s attribute: %s", txHandle, dn,
-               attrName);
-    return OrlOk;
+                                   const OrlMoAttributeValueContainer_3* value) {
+    return VeskOI::getVeskOI()->setMoAttribute(txHandle, text(dn), text(attrName), value);
 }
 
 OrlReturnT veskoi_createMo_3(OrlTxHandleT txHandle, const char* parentDn, const char* className,
-                             const char* /*keyAttrName*/, const char* keyAttrValue,
-                             OrlMoNamedAttributeValueContainer_3** /*attributes*/) {
-    VESK_TRACE("veskoi_createMo_3 txHandle: %lu MO: %s,%s=%s", txHandle, parentDn, className,
-               keyAttrValue);
-    return OrlOk;
+                             const char* keyAttrName, const char* keyAttrValue,
+                             OrlMoNamedAttributeValueContainer_3** attributes) {
+    return VeskOI::getVeskOI()->createMo(txHandle, text(parentDn), text(className),
+                                         text(keyAttrName), text(keyAttrValue), attributes);
 }
 
 OrlReturnT veskoi_deleteMo_3(OrlTxHandleT txHandle, const char* dn) {
-    VESK_TRACE("veskoi_deleteMo_3 txHandle: %lu dn: %s", txHandle, dn);
-    return OrlOk;
+    return VeskOI::getVeskOI()->deleteMo(txHandle, text(dn));
 }

@@ -80,11 +80,11 @@ TEST_F(StationModelQueryTest, ListsExistenceAndCardinalities) {
               0);
     EXPECT_EQ(min, 1);
     EXPECT_EQ(max, 1);
-    EXPECT_EQ(_repo->getMOCardinalityRange("ManagedElement=1,ENodeBFunction=1", "TermPointToMme",
+    EXPECT_EQ(_repo->getMOCardinalityRange("ManagedElement=1,ENodeBFunction=1", "EUtranCellFDD",
                                            min, max),
               0);
     EXPECT_EQ(min, 0);
-    EXPECT_EQ(max, 16);
+    EXPECT_EQ(max, 6);
 }
 
 TEST_F(StationModelQueryTest, EnumerationLiteralsAndTakesEffect) {

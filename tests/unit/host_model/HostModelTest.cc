@@ -107,7 +107,7 @@ TEST_F(HostModelTest, VeskHostLoadsTheDemoOnceAndStopsOnABadModel) {
 TEST_F(HostModelTest, ASecondProcessOnABusyStateDirectoryIsRefusedAtOnce) {
     std::string error, output;
     ASSERT_TRUE(vesk::db::open(_dir + "/s", &error)) << error;
-    const std::string start = "--plugin " + _dir + "/none.so --state " + _dir + "/s";
+    const std::string start = "--plugin " + _dir + "/none.so --create-state --state " + _dir + "/s";
     EXPECT_EQ(runHost(start, &output), 2);
     EXPECT_NE(output.find("vesk-host: the state directory " + _dir + "/s is in use by process " +
                           std::to_string(getpid()) + "\n"),

@@ -202,7 +202,7 @@ TEST_F(ModelData, TakesEffectIsOneOfThreeTextsAndOnTheRightAttributes) {
 TEST_F(ModelData, CardinalitiesAndSystemCreatedClasses) {
     using Range = std::pair<uint32_t, uint32_t>;
     EXPECT_EQ(minMaxElements(cls(kMe)), Range(1, 1));
-    EXPECT_EQ(minMaxElements(cls(kCell + "/EUtranFreqRelation")), Range(0, 8));
+    EXPECT_EQ(minMaxElements(cls(kCell + "/EUtranFreqRelation/EUtranCellRelation")), Range(0, 64));
     EXPECT_EQ(minMaxElements(cls(kMe + "/SystemFunctions/Pm/PmJob/MeasurementReader")).first, 1u);
     EXPECT_EQ(minMaxElements(cls(kEnb + "/EUtraNetwork/EUtranFrequency")).second, 24u);
 

@@ -211,7 +211,8 @@ TEST_F(DemoStation, ReferencesNameExistingMosOfTheirClassesBothWays) {
 
 TEST_F(DemoStation, HoldsTheDocumentedStation) {
     EXPECT_EQ(count("EUtranCellFDD"), 3);
-    EXPECT_EQ(count("EUtranFrequency"), 2);
+    EXPECT_EQ(count("EUtranFrequency"), 3);
+    EXPECT_EQ(count("TermPointToMme"), 3);
     EXPECT_EQ(count("NodeBLocalCell"), 2);
     EXPECT_GE(count("EUtranCellRelation"), 3);
     EXPECT_GE(count("ExternalEUtranCellFDD"), 1);
@@ -223,10 +224,10 @@ TEST_F(DemoStation, HoldsTheDocumentedStation) {
                            "ManagedElement=1,NodeBFunction=1"}) {
         EXPECT_TRUE(_classOf.count(dn)) << dn;
     }
-    // The cells use exactly the station's two frequencies.
+    // The cells use two of the station's three frequencies; the third is free for relations.
     std::set<std::string> channels = values("//EUtranFrequency/arfcnValueEUtranDl");
-    EXPECT_EQ(channels, (std::set<std::string>{"1300", "6300"}));
-    EXPECT_EQ(values("//EUtranCellFDD/earfcndl"), channels);
+    EXPECT_EQ(channels, (std::set<std::string>{"1300", "3100", "6300"}));
+    EXPECT_EQ(values("//EUtranCellFDD/earfcndl"), (std::set<std::string>{"1300", "6300"}));
 }
 
 }  // namespace
