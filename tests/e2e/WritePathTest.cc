@@ -7,6 +7,8 @@
 #include <string>
 
 #include "e2e/HostFixture.h"
+#include "platform/DBObject.h"
+#include "platform/IDatabase.h"
 #include "station/database/ISecControl.h"
 
 namespace {
@@ -24,6 +26,8 @@ const std::string kJob =
 const std::string kGroup =
     "ManagedElement=1,SystemFunctions=1,PmEventM=1,EventProducer=Lrat,EventGroup=RrcEvents";
 const std::string kCertM = "ManagedElement=1,SystemFunctions=1,SecM=1,CertM=1";
+const std::string kPm = "ManagedElement=1,SystemFunctions=1,Pm=1";
+const std::string kPmJob = kPm + ",PmJob=j2";
 
 class WritePathTest : public HostFixture {
   protected:
@@ -47,6 +51,16 @@ class WritePathTest : public HostFixture {
         return run("get " + dn + " " + attribute)["result"][attribute];
     }
     bool exists(const std::string& dn) { return run("exists " + dn)["result"] == true; }
+    // The committed objects of `className`, MOs and struct objects, at or below `dn`.
+    static size_t objectsAt(const std::string& className, const std::string& dn) {
+        size_t count = 0;
+        for (DBObject* object : IDatabase::getMOClass(className, 0)) {
+            std::string full = object->parentDn + "," + object->dn;
+            count += full == dn || full.rfind(dn + ",", 0) == 0 ? 1 : 0;
+            delete object;
+        }
+        return count;
+    }
 
     // What the committed transaction of the first test wrote, as seen by the host now.
     void expectCommittedWrites() {
@@ -75,7 +89,7 @@ TEST_F(WritePathTest, CommittedWritesSurviveARestartOfTheHost) {
     ok("set " + kEnb + " eNodeBPlmnId mcc=240,mnc=8,mncLength=2");
     ok("set " + kJob + " eventGroupRef " + kGroup);
     ok("set " + kFreqRel + ",EUtranCellRelation=1 cellIndividualOffsetEUtran -3");
-    // The host takes the subtree down, children first.
+    // The relation goes with the cell relation below it.
     ok("delete " + kUtranRel);
     ok("set " + kCell + " dlChannelBandwidth 5000");
     ok("set " + kCertM + " userLabel \"trust anchor\"");
@@ -131,6 +145,28 @@ TEST_F(WritePathTest, AnAbortedOrFailedTransactionLeavesNothing) {
     EXPECT_EQ(get(kCell, "userLabel"), "east cell");
     ok("set " + kCell + " userLabel");
     EXPECT_TRUE(get(kCell, "userLabel").is_null());
+}
+
+TEST_F(WritePathTest, APmJobGoesWithItsReadersWhileAReaderAloneIsRefused) {
+    const std::string spec =
+        " measurementSpecification \"groupRef=\\\"" + kPm + ",PmGroup=EUtranCellFDD\\\"\"";
+    ok("begin");
+    ok("create " + kPm + " PmJob=j2");
+    ok("set " + kPmJob + spec);
+    for (const char* reader : {"MeasurementReader=1", "MeasurementReader=2"}) {
+        ok("create " + kPmJob + " " + reader);
+        ok("set " + kPmJob + "," + reader + spec);
+    }
+    ok("commit");
+    // Three MOs, each with the object of its struct value.
+    ASSERT_EQ(objectsAt("PmJob", kPmJob) + objectsAt("MeasurementReader", kPmJob), 6u);
+
+    EXPECT_EQ(run("delete " + kPmJob + ",MeasurementReader=1")["code"], "OrlFailure");
+    EXPECT_TRUE(exists(kPmJob + ",MeasurementReader=1"));
+    ok("delete " + kPmJob);
+    EXPECT_FALSE(exists(kPmJob));
+    EXPECT_EQ(objectsAt("PmJob", kPmJob) + objectsAt("MeasurementReader", kPmJob), 0u);
+    EXPECT_TRUE(exists(kPm + ",PmJob=cellTraffic,MeasurementReader=1"));
 }
 
 }  // namespace

@@ -142,7 +142,7 @@ TEST_F(DatabaseViewTest, ClassAndParentLookupsFollowInsertionOrderAndTheView) {
     const std::string manager = "ManagedElement=1,BrmBackupManager=1";
     for (const char* key : {"BrmBackup=7", "BrmBackup=3", "BrmBackup=5"})
         put(key, manager);
-    put("BrmBackup=3:progressReport", manager + ",BrmBackup=3");
+    put("BrmBackup=7:progressReport", manager + ",BrmBackup=7");
     using Ids = std::list<std::string>;
     EXPECT_EQ((Ids{"7", "3", "5"}), IDatabase::getMOClassWithParent(manager, "BrmBackup", 0));
     EXPECT_EQ((Ids{"7", "3", "5"}),
@@ -162,7 +162,7 @@ TEST_F(DatabaseViewTest, ClassAndParentLookupsFollowInsertionOrderAndTheView) {
         delete o;
     }
     // The struct child's key starts with the class name: it is listed, callers skip ":" keys.
-    EXPECT_EQ((std::vector<std::string>{"BrmBackup=7", "BrmBackup=5", "BrmBackup=3:progressReport",
+    EXPECT_EQ((std::vector<std::string>{"BrmBackup=7", "BrmBackup=5", "BrmBackup=7:progressReport",
                                         "BrmBackup=1"}),
               keys);
     all = IDatabase::getMOClass("BrmBackup", 0);
@@ -207,11 +207,54 @@ TEST_F(DatabaseViewTest, SetAttributeKeepsTheTypeGivenAndToolboxTakesExactAltern
     EXPECT_EQ(7u, asUnsigned);
 }
 
-TEST_F(DatabaseViewTest, DeleteObjIgnoresTheInstanceAndLeavesChildrenAlone) {
-    ASSERT_NE(0, IDatabase::deleteObj(kEquipment, 42, 0));
-    EXPECT_EQ(0, IDatabase::isPresentInDB(kEquipment, 1));
-    EXPECT_EQ(1, IDatabase::isPresentInDB(kRbsUnit, 1));
+// Where the deletion runs and what reaches the subtree besides the committed objects.
+struct CascadeRow {
+    const char* name;
+    bool inTransaction;
+    bool addedInTransaction;  // an object inserted below by the deleting handle first
+    bool addedByOther;        // an object another handle commits below before the deletion does
+};
+
+void PrintTo(const CascadeRow& row, std::ostream* out) {
+    *out << row.name;
 }
+
+class DeleteCascadeTest : public DatabaseViewTest,
+                          public ::testing::WithParamInterface<CascadeRow> {};
+
+TEST_P(DeleteCascadeTest, DeleteObjTakesEverythingBelowAndNothingElse) {
+    const CascadeRow& row = GetParam();
+    const std::string unit2 = std::string(kEquipment) + ",RbsUnit=2";
+    const std::string unit3 = std::string(kEquipment) + ",RbsUnit=3";
+    const std::string member = std::string(kRbsUnit) + ",RbsUnit=1:s";
+    putDn(member, {attr("x", 1, IPCData::AVT_INT32)});
+    put("Transport=1", "ManagedElement=1");
+    int h = row.inTransaction ? IDatabase::transaction(IPCData::OP_TX_OPEN, 0, false) : 0;
+    if (row.addedInTransaction)
+        put("RbsUnit=2", kEquipment, {}, h);
+    ASSERT_NE(0, IDatabase::deleteObj(kEquipment, 42, h));  // the instance is ignored
+    if (row.addedByOther)
+        put("RbsUnit=3", kEquipment);
+    for (const std::string& dn : {std::string(kEquipment), std::string(kRbsUnit), member, unit2}) {
+        EXPECT_EQ(nullptr, std::unique_ptr<DBObject>(IDatabase::getObject(dn, 1, h))) << dn;
+    }
+    if (h != 0) {
+        ASSERT_NE(0, IDatabase::transaction(IPCData::OP_TX_COMMIT, h, false));
+    }
+    for (const std::string& dn :
+         {std::string(kEquipment), std::string(kRbsUnit), member, unit2, unit3}) {
+        EXPECT_EQ(0, IDatabase::isPresentInDB(dn, 1)) << dn;
+    }
+    EXPECT_EQ(1, IDatabase::isPresentInDB("ManagedElement=1", 1));
+    EXPECT_EQ(1, IDatabase::isPresentInDB("ManagedElement=1,Transport=1", 1));
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Rows, DeleteCascadeTest,
+    ::testing::Values(CascadeRow{"Committed", false, false, false},
+                      CascadeRow{"InATransaction", true, true, false},
+                      CascadeRow{"ChildCommittedMeanwhile", true, false, true}),
+    [](const ::testing::TestParamInfo<CascadeRow>& info) { return std::string(info.param.name); });
 
 }  // namespace
 }  // namespace dbtest
