@@ -215,10 +215,6 @@ struct CascadeRow {
     bool addedByOther;        // an object another handle commits below before the deletion does
 };
 
-void PrintTo(const CascadeRow& row, std::ostream* out) {
-    *out << row.name;
-}
-
 class DeleteCascadeTest : public DatabaseViewTest,
                           public ::testing::WithParamInterface<CascadeRow> {};
 
