@@ -149,15 +149,15 @@ TEST_F(WritePathTest, AnAbortedOrFailedTransactionLeavesNothing) {
 }
 
 TEST_F(WritePathTest, APmJobGoesWithItsReadersWhileAReaderAloneIsRefused) {
-    const std::string spec =
+    const std::string measurement =
         " measurementSpecification \"groupRef=\\\"" + kPm + ",PmGroup=EUtranCellFDD\\\"\"";
     const size_t loaded = pmObjects();
     ok("begin");
     ok("create " + kPm + " PmJob=j2");
-    ok("set " + kPmJob + spec);
+    ok("set " + kPmJob + measurement);
     for (const char* reader : {"MeasurementReader=1", "MeasurementReader=2"}) {
         ok("create " + kPmJob + " " + reader);
-        ok("set " + kPmJob + "," + reader + spec);
+        ok("set " + kPmJob + "," + reader + measurement);
     }
     ok("commit");
     ASSERT_EQ(pmObjects(), loaded + 6);  // three MOs, each with the object of its struct value
