@@ -4,7 +4,7 @@ SANITIZE ?=
 BUILD_TYPE ?= RelWithDebInfo
 CTEST_JOBS ?= 2
 
-.PHONY: all deps configure build test test-tsan demo bench format clean
+.PHONY: all deps configure build build-release test test-tsan demo bench format clean
 
 all: build
 
@@ -17,6 +17,13 @@ configure: deps
 
 build: configure
 	@cmake --build $(BUILD)
+
+# Builds the station, the agent and the host optimised (-O3), without tests or benchmarks: the
+# optimiser's warnings are errors too.
+build-release: deps
+	@cmake -S . -B build-release -G Ninja -DCMAKE_BUILD_TYPE=Release -DVESK_BUILD_BENCH=OFF \
+		$(CMAKE_ARGS) > build-release.configure.log || (cat build-release.configure.log; exit 1)
+	@cmake --build build-release --target vesk_station tib_oam_cm_sa vesk-host
 
 # Runs every test. SANITIZE=address,undefined builds with those sanitizers.
 test: build

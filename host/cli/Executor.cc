@@ -313,12 +313,12 @@ void Executor::remove(const std::string& dn, Id moc, Answer* answer) {
             a->error = "cannot walk the MOs below " + dn;
             return code;
         }
+        code = _host.callAgent(&OrlOamSpiManagedObject_3::deleteMo, tx, dn.c_str());
+        if (code != OrlOk) {
+            a->error = "cannot delete " + dn;
+            return code;
+        }
         for (const auto& entry : order) {
-            code = _host.callAgent(&OrlOamSpiManagedObject_3::deleteMo, tx, entry.first.c_str());
-            if (code != OrlOk) {
-                a->error = "cannot delete " + entry.first;
-                return code;
-            }
             a->notes.push_back("deleted " + entry.first);
         }
         return code;

@@ -53,8 +53,8 @@ class Executor {
     void create(const std::string& parentDn, Id moc, Id parent, const std::string& keyName,
                 const std::string& keyValue, OrlMoNamedAttributeValueContainer_3** attributes,
                 Answer* answer);
-    // Deletes `dn` (of class `moc`) with its subtree, children first, each MO with its own call
-    // of the agent; the first refusal stops the walk.
+    // Deletes `dn` (of class `moc`) with one call of the agent; the station takes the MOs below
+    // it along. The answer names every MO that went, children first, as walked just before.
     void remove(const std::string& dn, Id moc, Answer* answer);
 
     // The dns of the children of class `className` of `parentDn` ("" for MOs of the root

@@ -1,13 +1,11 @@
 #include "front/VeskMoImpl.h"
 
-#include <chrono>
-#include <thread>
-
 #include "backup/VeskBrM.h"
 #include "platform/DBObject.h"
 #include "platform/IDatabase.h"
 #include "platform/Logger.h"
 #include "platform/OrlController.h"
+#include "platform/StationSleep.h"
 #include "platform/Toolbox.h"
 #include "plugin/VeskCMComponent.h"
 #include "plugin/VeskOrlHelper.h"
@@ -30,12 +28,14 @@ void enqueue(VESK::Framework::IEventAware* machine, int32_t eventId) {
     machine->enqueueEvent(VESK::Framework::Event(eventId), false);
 }
 
-// Gives `machine` evQuit and waits up to a second for it to reach its final state, so that the
-// unload that follows terminate finds no event of it still queued.
+// Gives `machine` evQuit and waits up to a second (station time) for it to reach its final
+// state. The host unloads the library right after terminate, and the unload deletes the
+// machines, which drops whatever is still queued: without the wait a machine busy with an
+// earlier event loses its quit, with an error line on a normal shutdown.
 void quit(VESK::Framework::ReactiveStateMachine* machine, int32_t evQuit) {
     enqueue(machine, evQuit);
     for (int i = 0; i < 100 && !machine->hasTerminated(); ++i) {
-        std::this_thread::sleep_for(std::chrono::milliseconds(10));
+        VESK::Framework::stationSleepMs(10);
     }
 }
 

@@ -71,9 +71,10 @@ int VeskDBTransaction::existsMo(char const* dn, bool* exists) {
     return 0;
 }
 
-std::list<std::string> VeskDBTransaction::childIds(char const* dn, char const* className) {
+std::list<std::string> VeskDBTransaction::childIds(char const* operation, char const* dn,
+                                                   char const* className) {
     if (dn == nullptr || *dn == '\0') {
-        VESK_TRACE("VeskDBTransaction::%s(): getMOClass empty dn", __func__);
+        VESK_TRACE("VeskDBTransaction::%s(): getMOClass empty dn", operation);
         return IDatabase::getMOClassWithParent("", className, databaseTxHandle);
     }
     return IDatabase::getMOClassWithParent(dn, className, databaseTxHandle);
@@ -81,7 +82,7 @@ std::list<std::string> VeskDBTransaction::childIds(char const* dn, char const* c
 
 int VeskDBTransaction::countMoChildren(char const* dn, char const* className,
                                        unsigned long long* count) {
-    *count = childIds(dn, className).size();
+    *count = childIds(__func__, dn, className).size();
     return 0;
 }
 
@@ -91,7 +92,7 @@ int VeskDBTransaction::newIterator(char const* dn, char const* className,
     unsigned long long counter = s_iteratorCounter.load();
     unsigned long long fresh = counter + 1 != 0 ? counter + 1 : counter + 2;
     s_iteratorCounter.store(fresh);
-    std::list<std::string> ids = childIds(dn, className);
+    std::list<std::string> ids = childIds(__func__, dn, className);
     for (const std::string& id : ids) {
         iterators.insert(std::make_pair(fresh, id));
     }

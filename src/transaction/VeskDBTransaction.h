@@ -149,13 +149,16 @@ class VeskDBTransaction : public WrapperTemplate::Wrapper {
     };
     typedef std::multimap<unsigned long long, std::string, HandleOrder> IteratorMap;
 
-    // Builds the member chain of one struct value from `object` into `slot`. Returns the last
-    // conversion's result; *built tells whether any member survived.
-    // Converts one member and links it after *tail. False when it is left out.
+    // Converts one member and links it after *tail; *rc is the conversion's result. False when
+    // the member is left out. `listEntry` tells whether the struct is an entry of a struct list,
+    // whose reader the warnings then name.
     bool appendMember(const std::string& structDn, const std::string& name, Attribute* member,
-                      OrlMoAttributeValueStructMember_3**& tail, int* rc);
+                      OrlMoAttributeValueStructMember_3**& tail, int* rc, bool listEntry);
+    // Builds the member chain of one struct list entry from `object` into `slot`.
     void buildStructListMembers(DBObject* object, OrlMoAttributeValue_3& slot);
-    std::list<std::string> childIds(char const* dn, char const* className);
+    // The ids of the children of `className` under `dn` ("" for the root); `operation` is the
+    // caller, which the trace names.
+    std::list<std::string> childIds(char const* operation, char const* dn, char const* className);
     // Numbers, enums and bools: one 8-byte slot per element of the ","-joined text.
     int readNumberList(Attribute* attribute, OrlOamSpiMoAttributeType_3 type,
                        OrlMoAttributeValueContainer_3* container, bool asUnsigned);

@@ -133,7 +133,8 @@ Attribute* pendingAttribute(DBObject* object, std::string const& attributeName) 
         found = object->getAttribute(attributeName);
     if (found != nullptr)
         return new Attribute(*found);
-    VESK_TRACE("%s: attribute not found, create : %s", __func__, attributeName.c_str());
+    VESK_TRACE("%s: attribute not found, create : %s", "setAlternateStorage",
+               attributeName.c_str());
     auto* attribute = new Attribute(false, "Uninitialized_Name", AttributeVariant(0), 0, false,
                                     IPCData::AVT_UNKNOWN, true, false);
     attribute->valueSet = true;
@@ -166,8 +167,14 @@ int VeskDBTransactionHelper::setAlternateStorage(std::string dn, std::string att
         if (isStruct) {
             deleteStruct(dn, attributeName, handle, true);
         } else {
+            // A deletion has no value to hold back: the attribute goes at once, stored and
+            // pending alike.
             attribute->modified = true;
             attribute->deleted = true;
+            if (Attribute* stored = object->getAttribute(attributeName)) {
+                stored->modified = true;
+                stored->deleted = true;
+            }
         }
     } else if (!list) {
         VESK_INFO("handling attribute: %s:%s", dn.c_str(), attributeName.c_str());

@@ -14,6 +14,10 @@ namespace TibVeskCM {
 
 namespace {
 
+// The operations the traces of their private pieces name.
+const char kHandleStructList[] = "handleStructList";
+const char kHandleStructAttribute[] = "handleStructAttribute";
+
 // The last "Class=id" pair of the dn: the MO's rdn, after which its struct objects are named.
 std::string lastPair(std::string const& dn) {
     size_t comma = dn.rfind(',');
@@ -31,7 +35,7 @@ void removeTail(std::string const& dn, std::string const& attributeName, int ind
         std::unique_ptr<DBObject> found(IDatabase::getObject(item, 1, handle));
         if (!found)
             return;
-        VESK_TRACE("%s: Trying to remove %s", __func__, item.c_str());
+        VESK_TRACE("%s: Trying to remove %s", kHandleStructList, item.c_str());
         if (!IDatabase::deleteObj(item, 1, handle))
             return;
     }
@@ -45,12 +49,12 @@ int writeStructListAttribute(DBObject* object, std::string const& attributeName,
         found = object->getAttribute(attributeName);
     Attribute* attribute = nullptr;
     if (found == nullptr) {
-        VESK_TRACE("%s: Creating attribute %s for %s", __func__, attributeName.c_str(),
+        VESK_TRACE("%s: Creating attribute %s for %s", kHandleStructList, attributeName.c_str(),
                    object->dn.c_str());
         attribute = new Attribute(false, attributeName, AttributeVariant(text), 0, true,
                                   IPCData::AVT_STRUCT_LIST, true, false);
     } else {
-        VESK_TRACE("%s: Update existing attribute value %s", __func__, text.c_str());
+        VESK_TRACE("%s: Update existing attribute value %s", kHandleStructList, text.c_str());
         attribute = new Attribute(*found);
         attribute->name = attributeName;
         attribute->modified = true;
@@ -62,7 +66,7 @@ int writeStructListAttribute(DBObject* object, std::string const& attributeName,
     attribute->alternateSlot = slot;
     object->addAlternateAttribute(*attribute);
     if (!IDatabase::update(object, handle)) {
-        VESK_ERROR("VeskDBTransactionHelper::%s Failed to insert MO %s", "handleStructList",
+        VESK_ERROR("VeskDBTransactionHelper::%s Failed to insert MO %s", kHandleStructList,
                    object->dn.c_str());
         return -1;
     }
@@ -78,14 +82,14 @@ bool structChild(DBObject* owner, std::string const& dn, std::string const& rdn,
     if (found == nullptr)
         found = owner->getAttribute(attributeName);
     if (found != nullptr && Toolbox::getValue(found->value, text) && !text.empty()) {
-        VESK_TRACE("%s: Struct attribute found", __func__);
+        VESK_TRACE("%s: Struct attribute found", kHandleStructAttribute);
         childDn = text.find("ManagedElement") == std::string::npos ? dn + "," + text : text;
         return true;
     }
     std::string childName = rdn + ":" + attributeName;
     childDn = dn + "," + childName;
-    VESK_TRACE("%s: Creating new struct object with value %s with txHandle: %d", __func__,
-               childDn.c_str(), handle);
+    VESK_TRACE("%s: Creating new struct object with value %s with txHandle: %d",
+               kHandleStructAttribute, childDn.c_str(), handle);
     auto* attribute = new Attribute(false, attributeName, AttributeVariant(childDn), 0, true,
                                     IPCData::AVT_STRUCT, true, false);
     attribute->alternateSlot = slot;
@@ -94,7 +98,8 @@ bool structChild(DBObject* owner, std::string const& dn, std::string const& rdn,
         return false;
     DBObject child(childName, 1, false, false, IPCData::OPSTATE_DISABLED,
                    IPCData::ADMSTATE_UNLOCKED, dn, 1);
-    VESK_TRACE("%s: Inserting new struct object with dn: %s", __func__, childDn.c_str());
+    VESK_TRACE("%s: Inserting new struct object with dn: %s", kHandleStructAttribute,
+               childDn.c_str());
     return IDatabase::insert(&child, handle) != 0;
 }
 

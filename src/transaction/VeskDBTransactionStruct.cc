@@ -13,20 +13,25 @@ namespace TibVeskCM {
 
 bool VeskDBTransaction::appendMember(const std::string& structDn, const std::string& name,
                                      Attribute* member, OrlMoAttributeValueStructMember_3**& tail,
-                                     int* rc) {
+                                     int* rc, bool listEntry) {
+    const char* reader = listEntry ? "getStructListAttribute" : "getStructAttribute";
     OrlMoAttributeValueResult_3 result = {nullptr, nullptr};
     *rc = setAttrResult(structDn.c_str(), member, result);
     if (*rc != 0) {
         VESK_WARNING("VeskDBTransaction::%s(): Cannot determine the value of struct attribute: %s",
-                     __func__, name.c_str());
+                     reader, name.c_str());
         VeskOrlHelper::releaseAttrResultCB(result.container);
         return false;
     }
     OrlMoAttributeValueStructMember_3* node =
         VeskOrlHelper::newOrlMoAttributeValueStructMember(name, result.container);
     if (node == nullptr) {
-        VESK_WARNING("VeskDBTransaction::%s(): Cannot allocate memory for %s attribute", __func__,
-                     name.c_str());
+        if (listEntry)
+            VESK_WARNING("VeskDBTransaction::%s(): Cannot allocate memory for attribute: %s",
+                         reader, name.c_str());
+        else
+            VESK_WARNING("VeskDBTransaction::%s(): Cannot allocate memory for %s attribute", reader,
+                         name.c_str());
         VeskOrlHelper::releaseAttrResultCB(result.container);
         return false;
     }
@@ -63,11 +68,8 @@ int VeskDBTransaction::getStructAttribute(std::string structDn, OrlOamSpiMoAttri
             VESK_TRACE("%s AlternativeAttributes ", entry.first.c_str());
             member = object->alternateAttributes[entry.first];
         }
-        int memberRc = 0;
-        if (appendMember(structDn, entry.first, member, tail, &memberRc)) {
-            built = true;
-            rc = memberRc;
-        }
+        // The last conversion decides, also when its member is left out.
+        built = appendMember(structDn, entry.first, member, tail, &rc, false) || built;
     }
     if (!built) {
         VESK_WARNING(
@@ -99,11 +101,11 @@ void VeskDBTransaction::buildStructListMembers(DBObject* object, OrlMoAttributeV
             member = twin->second;
             alternates.erase(twin);
         }
-        appendMember(structDn, entry.first, member, tail, &rc);
+        appendMember(structDn, entry.first, member, tail, &rc, true);
     }
     for (auto& entry : alternates) {
         VESK_TRACE("Handling alternate attribute: %s", entry.first.c_str());
-        appendMember(structDn, entry.first, entry.second, tail, &rc);
+        appendMember(structDn, entry.first, entry.second, tail, &rc, true);
     }
 }
 

@@ -24,6 +24,10 @@ bool isSecurityDn(const std::string& dn) {
     return dn.find("CertM=1") != std::string::npos;
 }
 
+// The operations the log lines of their private pieces name.
+const char kCreateMo[] = "createMo";
+const char kSetMoAttribute[] = "setMoAttribute";
+
 // The name of a reserving attribute that a delete empties instead of removing.
 const char kReservedBy[] = "reservedBy";
 
@@ -115,7 +119,7 @@ void VeskDBTransaction::addCreatedAttribute(DBObject* object, const std::string&
         return;
     std::string name = named.attributeName;
     bool list = isList(newDn, name, nullptr);
-    VESK_TRACE("%s: className: %s, attrName: %s, attrType: %d, isList: %s", __func__, className,
+    VESK_TRACE("%s: className: %s, attrName: %s, attrType: %d, isList: %s", kCreateMo, className,
                name.c_str(), static_cast<int>(value.type), list ? "Yes" : "No");
     const bool isStruct = value.type == OrlOamSpiMoAttributeType_3_STRUCT;
     if (isStruct) {
@@ -125,7 +129,7 @@ void VeskDBTransaction::addCreatedAttribute(DBObject* object, const std::string&
                        : iAttr.setAttribute(object, newDn, name, &value, databaseTxHandle);
         if (!list && !ok)
             VESK_ERROR("VeskDBTransaction::%s(): handling struct attribute: %s::%s failed.",
-                       __func__, className, name.c_str());
+                       kCreateMo, className, name.c_str());
         return;
     }
     Attribute* attribute = nullptr;
@@ -208,7 +212,8 @@ int VeskDBTransaction::setMoAttribute(std::string const& dn, std::string const& 
 
 int VeskDBTransaction::setPendingAttribute(std::string const& dn, std::string const& attributeName,
                                            OrlMoAttributeValueContainer_3 const* value, int slot) {
-    VESK_TRACE("%s: %s::%s goes to slot %d", __func__, dn.c_str(), attributeName.c_str(), slot);
+    VESK_TRACE("%s: %s::%s goes to slot %d", kSetMoAttribute, dn.c_str(), attributeName.c_str(),
+               slot);
     VeskCheckExceptions exceptions;
     const char* d = dn.c_str();
     const char* a = attributeName.c_str();
@@ -216,7 +221,7 @@ int VeskDBTransaction::setPendingAttribute(std::string const& dn, std::string co
                           value->type == OrlOamSpiMoAttributeType_3_BOOL &&
                           value->values[0].theBool;
     if (setsTrue && exceptions.isIt_includeInSystemInformationEtc(d, a)) {
-        VESK_TRACE("%s: checking the pending system information flags", __func__);
+        VESK_TRACE("%s: checking the pending system information flags", kSetMoAttribute);
         if (exceptions.checkAltStorage_includeInSystemInformationAndRel9AttributeValidity(d, a,
                                                                                           true)) {
             VESK_WARNING(
@@ -243,15 +248,15 @@ int VeskDBTransaction::setPendingAttribute(std::string const& dn, std::string co
             return -8;
         }
     }
-    VESK_TRACE("%s: writing %s::%s to alternate storage", __func__, d, a);
+    VESK_TRACE("%s: writing %s::%s to alternate storage", kSetMoAttribute, d, a);
     return VeskDBTransactionHelper::instance()->setAlternateStorage(dn, attributeName,
                                                                     databaseTxHandle, value, slot);
 }
 
 int VeskDBTransaction::deleteAttributeValue(std::string const& dn, std::string const& attributeName,
                                             OrlMoAttributeValueContainer_3 const* value) {
-    VESK_INFO("VeskDBTransaction::%s():Deleting attribute %s dn: %s from database.", __func__,
-              attributeName.c_str(), dn.c_str());
+    VESK_INFO("VeskDBTransaction::%s():Deleting attribute %s dn: %s from database.",
+              kSetMoAttribute, attributeName.c_str(), dn.c_str());
     if (value != nullptr && value->type == OrlOamSpiMoAttributeType_3_STRUCT) {
         iAttr.deleteAttribute(dn, attributeName, databaseTxHandle);
         return 0;
@@ -278,7 +283,7 @@ int VeskDBTransaction::setSecuritySingle(std::string const& dn, std::string cons
     secUsed = true;
     if (ISec::editMo(databaseTxHandle, dn, attribute.get()) != 1) {
         VESK_ERROR("VeskDBTransaction::%s(): SEC returned failure. Cannot set attribute %s::%s",
-                   __func__, dn.c_str(), attributeName.c_str());
+                   kSetMoAttribute, dn.c_str(), attributeName.c_str());
         return -1;
     }
     return 0;
@@ -297,14 +302,14 @@ int VeskDBTransaction::setSingleValue(std::string const& dn, std::string const& 
         VESK_ERROR(
             "VeskDBTransaction::%s():Unknown attribute type: %d. Cannot set value for attribute: "
             "%s::%s",
-            __func__, type, dn.c_str(), attributeName.c_str());
+            kSetMoAttribute, type, dn.c_str(), attributeName.c_str());
         return 0;
     }
     if (type == OrlOamSpiMoAttributeType_3_UINT16) {
         VeskCheckExceptions exceptions;
         if (!exceptions.checkBrMHousekeepingAttributeValidity(attributeName, first.u16)) {
-            VESK_ERROR("VeskDBTransaction::%s Given value out of bounds for attribute %s", __func__,
-                       attributeName.c_str());
+            VESK_ERROR("VeskDBTransaction::%s Given value out of bounds for attribute %s",
+                       kSetMoAttribute, attributeName.c_str());
             return -8;
         }
     }
@@ -326,7 +331,7 @@ int VeskDBTransaction::setListValue(std::string const& dn, std::string const& at
         VESK_ERROR(
             "VeskDBTransaction::%s(): Cannot set attribute. Unable to determine object's RDN from "
             "DN:%s",
-            __func__, dn.c_str());
+            kSetMoAttribute, dn.c_str());
         return 0;
     }
     std::string objectDn = dn;
@@ -355,7 +360,7 @@ int VeskDBTransaction::setListValue(std::string const& dn, std::string const& at
         return 0;
     secUsed = true;
     if (ISec::editMo(databaseTxHandle, dn, attribute.get()) != 1) {
-        VESK_WARNING("VeskDBTransaction::%s(): editMo from SEC returns failed", __func__);
+        VESK_WARNING("VeskDBTransaction::%s(): editMo from SEC returns failed", kSetMoAttribute);
         return -1;
     }
     return 0;

@@ -60,6 +60,7 @@ ObjectPtr CommitPlan::stamped(const ObjectPtr& object, uint64_t seq) {
 CommitPlan::CommitPlan(const CommittedState& state, const Overlay& overlay)
     : _state(state), _overlay(overlay), _nextSeq(state.nextSeq()) {
     planOverlay();
+    planOrphans();
     planReservedBy();
 }
 
@@ -81,6 +82,29 @@ void CommitPlan::planOverlay() {
             after = stamped(after, before != nullptr ? before->seq : _nextSeq++);
         _stepOf[dn] = _steps.size();
         _steps.push_back(Step{dn, before, after, delta});
+    }
+}
+
+// A deletion takes what another handle committed below the object meanwhile, which the deleting
+// handle could not see.
+void CommitPlan::planOrphans() {
+    const size_t planned = _steps.size();
+    for (size_t i = 0; i < planned; ++i) {
+        if (_steps[i].after == nullptr && _steps[i].before != nullptr)
+            planBelow(_steps[i].dn);
+    }
+}
+
+void CommitPlan::planBelow(const std::string& fullDn) {
+    const std::set<std::string>* children = _state.childrenOf(fullDn);
+    if (children == nullptr)
+        return;
+    for (const std::string& child : *children) {
+        planBelow(child);
+        if (_stepOf.count(child) != 0)
+            continue;
+        _stepOf[child] = _steps.size();
+        _steps.push_back(Step{child, _state.find(child), nullptr, nullptr});
     }
 }
 

@@ -39,6 +39,8 @@ class CommitPlan {
 
     static ObjectPtr stamped(const ObjectPtr& object, uint64_t seq);
     void planOverlay();
+    void planOrphans();
+    void planBelow(const std::string& fullDn);
     void planReservedBy();
     std::set<std::string> affectedTargets();
     std::string wantedReservedBy(const std::string& target) const;

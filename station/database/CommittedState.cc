@@ -65,6 +65,10 @@ const std::map<uint64_t, std::string>* CommittedState::underParent(
     return findIn(_byParentClass, parentClassKey(parentDn, className));
 }
 
+const std::set<std::string>* CommittedState::childrenOf(const std::string& parentDn) const {
+    return findIn(_children, parentDn);
+}
+
 const std::set<std::string>* CommittedState::referrersOf(const std::string& target) const {
     return findIn(_referrers, target);
 }
@@ -103,6 +107,7 @@ void CommittedState::index(const ObjectPtr& object) {
     _byClass[object->className][object->seq] = object->fullDn;
     _byParentClass[parentClassKey(object->parentDn, object->className)][object->seq] =
         idOfKey(object->key);
+    _children[object->parentDn].insert(object->fullDn);
     std::vector<std::string> targets;
     for (const std::string& text : referencesOf(*object)) {
         targets.push_back(resolveReference(text));
@@ -130,6 +135,12 @@ void CommittedState::unindex(const StoredObject& object) {
         if (byParent->second.empty())
             _byParentClass.erase(byParent);
     }
+    auto children = _children.find(object.parentDn);
+    if (children != _children.end()) {
+        children->second.erase(object.fullDn);
+        if (children->second.empty())
+            _children.erase(children);
+    }
     auto targets = _targetsOf.find(object.fullDn);
     if (targets == _targetsOf.end())
         return;
@@ -149,6 +160,7 @@ void CommittedState::clear() {
     _byKey.clear();
     _byClass.clear();
     _byParentClass.clear();
+    _children.clear();
     _referrers.clear();
     _targetsOf.clear();
     _lastSeq = 0;

@@ -29,6 +29,8 @@ class CommittedState {
     // The keys of the class directly under `parentDn`, by insertion order.
     const std::map<uint64_t, std::string>* underParent(const std::string& parentDn,
                                                        const std::string& className) const;
+    // The full dns of the objects directly under `parentDn` (MOs and struct objects alike).
+    const std::set<std::string>* childrenOf(const std::string& parentDn) const;
     // The full dns of the objects whose references name `target`, sorted.
     const std::set<std::string>* referrersOf(const std::string& target) const;
 
@@ -53,6 +55,7 @@ class CommittedState {
     std::unordered_map<std::string, std::vector<std::string>> _byKey;
     std::unordered_map<std::string, std::map<uint64_t, std::string>> _byClass;
     std::unordered_map<std::string, std::map<uint64_t, std::string>> _byParentClass;
+    std::unordered_map<std::string, std::set<std::string>> _children;  // parent dn -> full dns
     // target full dn -> referrer full dns; each referrer's resolved targets kept for removal.
     std::unordered_map<std::string, std::set<std::string>> _referrers;
     std::unordered_map<std::string, std::vector<std::string>> _targetsOf;

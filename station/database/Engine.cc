@@ -391,9 +391,30 @@ bool Engine::deleteObject(const std::string& dn, int handle) {
             VESK_ERROR("IDatabase::deleteObj: object '%s' not found", dn.c_str());
             return false;
         }
-        overlay.remove(resolved.fullDn);
+        std::vector<std::string> doomed;
+        belowLocked(resolved.fullDn, overlay, &doomed);
+        doomed.push_back(resolved.fullDn);
+        for (const std::string& fullDn : doomed)
+            overlay.remove(fullDn);
         return true;
     });
+}
+
+// Children before their parent, so that no object outlives the one above it in any order the
+// removals are seen in.
+void Engine::belowLocked(const std::string& fullDn, const Overlay& overlay,
+                         std::vector<std::string>* out) const {
+    std::set<std::string> children;
+    if (const std::set<std::string>* committed = _state.childrenOf(fullDn))
+        children = *committed;
+    if (const std::set<std::string>* inserted = overlay.insertedUnder(fullDn))
+        children.insert(inserted->begin(), inserted->end());
+    for (const std::string& child : children) {
+        if (viewLocked(child, &overlay) == nullptr)
+            continue;
+        belowLocked(child, overlay, out);
+        out->push_back(child);
+    }
 }
 
 bool Engine::deleteAttribute(const std::string& dn, const std::string& name, int handle) {

@@ -9,6 +9,7 @@
 #include <shared_mutex>
 #include <string>
 #include <unordered_map>
+#include <vector>
 
 #include "platform/DBObject.h"
 #include "station/database/CommittedState.h"
@@ -42,6 +43,8 @@ class Engine {
 
     bool insert(const DBObject& object, int handle);
     bool update(const DBObject& object, int handle);
+    // Deletes the object with every object below it (MOs and struct objects), as the view of
+    // the handle shows them.
     bool deleteObject(const std::string& dn, int handle);
     bool deleteAttribute(const std::string& dn, const std::string& name, int handle);
     bool setAttribute(const std::string& dn, const std::string& name, const AttributeVariant& value,
@@ -76,6 +79,10 @@ class Engine {
     ObjectPtr viewLocked(const std::string& fullDn, const Overlay* overlay) const;
     Resolved resolveLocked(const std::string& dn, const Overlay* overlay, const char* fn) const;
     std::string insertDnLocked(const DBObject& object, const Overlay* overlay) const;
+    // Appends the full dns of the objects below `fullDn` in the view of `overlay`, each after
+    // the objects below it.
+    void belowLocked(const std::string& fullDn, const Overlay& overlay,
+                     std::vector<std::string>* out) const;
     void appendInserted(const Overlay& overlay, const std::string& className,
                         const std::string* parentDn, std::list<ObjectPtr>* out) const;
 

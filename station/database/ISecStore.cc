@@ -139,6 +139,11 @@ bool Store::applyEdit(const Change& change) {
 bool Store::applyDelete(const Change& change) {
     bool known = find(change.dn) != nullptr;
     _objects.erase(change.dn);
+    // The MOs below go with it, as they do in the database.
+    const std::string below = change.dn + ",";
+    for (auto it = _objects.lower_bound(below);
+         it != _objects.end() && it->first.compare(0, below.size(), below) == 0;)
+        it = _objects.erase(it);
     if (!known) {
         VESK_ERROR("ISec::%s: no MO %s", __func__, change.dn.c_str());
         return false;

@@ -47,6 +47,11 @@ const std::set<std::string>* Overlay::insertedWithKey(const std::string& key) co
     return it == _insertedByKey.end() ? nullptr : &it->second;
 }
 
+const std::set<std::string>* Overlay::insertedUnder(const std::string& parentDn) const {
+    auto it = _insertedByParent.find(parentDn);
+    return it == _insertedByParent.end() ? nullptr : &it->second;
+}
+
 Delta& Overlay::touch(const std::string& fullDn) {
     auto result = _deltas.emplace(fullDn, Delta());
     if (result.second)
@@ -56,6 +61,7 @@ Delta& Overlay::touch(const std::string& fullDn) {
 
 void Overlay::replace(ObjectPtr object) {
     _insertedByKey[object->key].insert(object->fullDn);
+    _insertedByParent[object->parentDn].insert(object->fullDn);
     Delta& delta = touch(object->fullDn);
     delta = Delta();
     delta.kind = Delta::kReplace;

@@ -43,6 +43,9 @@ class Overlay {
     const std::vector<std::string>& order() const { return _order; }
     // Full dns of objects inserted in this overlay under `key` (possibly deleted since).
     const std::set<std::string>* insertedWithKey(const std::string& key) const;
+    // Full dns of objects inserted in this overlay directly under `parentDn` (possibly deleted
+    // since).
+    const std::set<std::string>* insertedUnder(const std::string& parentDn) const;
 
   private:
     Delta& touch(const std::string& fullDn);
@@ -51,6 +54,7 @@ class Overlay {
     std::unordered_map<std::string, Delta> _deltas;
     std::vector<std::string> _order;
     std::unordered_map<std::string, std::set<std::string>> _insertedByKey;
+    std::unordered_map<std::string, std::set<std::string>> _insertedByParent;
 };
 
 }  // namespace db

@@ -7,6 +7,7 @@
 #include <boost/algorithm/string.hpp>
 #include <charconv>
 #include <cmath>
+#include <list>
 #include <vector>
 
 namespace {
@@ -28,21 +29,23 @@ std::vector<std::string> piecesOf(const std::string& text, char separator) {
     return pieces;
 }
 
-// The narrowest of int, long long and unsigned long long that holds the text; double otherwise.
-bool numberVariant(std::string piece, AttributeVariant& out) {
+// Appends the narrowest of int, long long and unsigned long long that holds the text; double
+// otherwise. The value is built in place: an assignment through a temporary variant makes GCC's
+// optimiser warn about its string alternative, which is never the one held.
+bool appendNumber(std::string piece, std::list<AttributeVariant>& values) {
     boost::trim(piece);
     int i;
     long long ll;
     unsigned long long ull;
     double d;
     if (parseWhole(piece, i)) {
-        out = i;
+        values.emplace_back(i);
     } else if (parseWhole(piece, ll)) {
-        out = ll;
+        values.emplace_back(ll);
     } else if (parseWhole(piece, ull)) {
-        out = ull;
+        values.emplace_back(ull);
     } else if (parseWhole(piece, d) && std::isfinite(d)) {
-        out = d;
+        values.emplace_back(d);
     } else {
         return false;
     }
@@ -134,10 +137,8 @@ bool Toolbox::readStringToListVariant(std::string const& text, char separator,
         return false;
     std::list<AttributeVariant> values;
     for (const std::string& piece : piecesOf(text, separator)) {
-        AttributeVariant value;
-        if (!numberVariant(piece, value))
+        if (!appendNumber(piece, values))
             return false;
-        values.push_back(value);
     }
     out.splice(out.end(), values);
     return true;

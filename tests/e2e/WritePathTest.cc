@@ -7,6 +7,8 @@
 #include <string>
 
 #include "e2e/HostFixture.h"
+#include "platform/DBObject.h"
+#include "platform/IDatabase.h"
 #include "station/database/ISecControl.h"
 
 namespace {
@@ -24,6 +26,8 @@ const std::string kJob =
 const std::string kGroup =
     "ManagedElement=1,SystemFunctions=1,PmEventM=1,EventProducer=Lrat,EventGroup=RrcEvents";
 const std::string kCertM = "ManagedElement=1,SystemFunctions=1,SecM=1,CertM=1";
+const std::string kPm = "ManagedElement=1,SystemFunctions=1,Pm=1";
+const std::string kPmJob = kPm + ",PmJob=j2";
 
 class WritePathTest : public HostFixture {
   protected:
@@ -47,6 +51,17 @@ class WritePathTest : public HostFixture {
         return run("get " + dn + " " + attribute)["result"][attribute];
     }
     bool exists(const std::string& dn) { return run("exists " + dn)["result"] == true; }
+    // The committed objects of the PM classes, MOs and struct objects alike.
+    static size_t pmObjects() {
+        size_t count = 0;
+        for (const char* name : {"PmJob", "MeasurementReader"}) {
+            for (DBObject* object : IDatabase::getMOClass(name, 0)) {
+                delete object;
+                ++count;
+            }
+        }
+        return count;
+    }
 
     // What the committed transaction of the first test wrote, as seen by the host now.
     void expectCommittedWrites() {
@@ -75,7 +90,7 @@ TEST_F(WritePathTest, CommittedWritesSurviveARestartOfTheHost) {
     ok("set " + kEnb + " eNodeBPlmnId mcc=240,mnc=8,mncLength=2");
     ok("set " + kJob + " eventGroupRef " + kGroup);
     ok("set " + kFreqRel + ",EUtranCellRelation=1 cellIndividualOffsetEUtran -3");
-    // The host takes the subtree down, children first.
+    // The relation goes with the cell relation below it.
     ok("delete " + kUtranRel);
     ok("set " + kCell + " dlChannelBandwidth 5000");
     ok("set " + kCertM + " userLabel \"trust anchor\"");
@@ -131,6 +146,27 @@ TEST_F(WritePathTest, AnAbortedOrFailedTransactionLeavesNothing) {
     EXPECT_EQ(get(kCell, "userLabel"), "east cell");
     ok("set " + kCell + " userLabel");
     EXPECT_TRUE(get(kCell, "userLabel").is_null());
+}
+
+TEST_F(WritePathTest, APmJobGoesWithItsReadersWhileAReaderAloneIsRefused) {
+    const std::string measurement =
+        " measurementSpecification \"groupRef=\\\"" + kPm + ",PmGroup=EUtranCellFDD\\\"\"";
+    const size_t loaded = pmObjects();
+    ok("begin");
+    ok("create " + kPm + " PmJob=j2");
+    ok("set " + kPmJob + measurement);
+    for (const char* reader : {"MeasurementReader=1", "MeasurementReader=2"}) {
+        ok("create " + kPmJob + " " + reader);
+        ok("set " + kPmJob + "," + reader + measurement);
+    }
+    ok("commit");
+    ASSERT_EQ(pmObjects(), loaded + 6);  // three MOs, each with the object of its struct value
+
+    EXPECT_EQ(run("delete " + kPmJob + ",MeasurementReader=1")["code"], "OrlFailure");
+    EXPECT_EQ(pmObjects(), loaded + 6);
+    ok("delete " + kPmJob);
+    EXPECT_EQ(pmObjects(), loaded);
+    EXPECT_FALSE(exists(kPmJob));
 }
 
 }  // namespace

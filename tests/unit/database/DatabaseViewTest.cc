@@ -142,7 +142,7 @@ TEST_F(DatabaseViewTest, ClassAndParentLookupsFollowInsertionOrderAndTheView) {
     const std::string manager = "ManagedElement=1,BrmBackupManager=1";
     for (const char* key : {"BrmBackup=7", "BrmBackup=3", "BrmBackup=5"})
         put(key, manager);
-    put("BrmBackup=3:progressReport", manager + ",BrmBackup=3");
+    put("BrmBackup=7:progressReport", manager + ",BrmBackup=7");
     using Ids = std::list<std::string>;
     EXPECT_EQ((Ids{"7", "3", "5"}), IDatabase::getMOClassWithParent(manager, "BrmBackup", 0));
     EXPECT_EQ((Ids{"7", "3", "5"}),
@@ -162,7 +162,7 @@ TEST_F(DatabaseViewTest, ClassAndParentLookupsFollowInsertionOrderAndTheView) {
         delete o;
     }
     // The struct child's key starts with the class name: it is listed, callers skip ":" keys.
-    EXPECT_EQ((std::vector<std::string>{"BrmBackup=7", "BrmBackup=5", "BrmBackup=3:progressReport",
+    EXPECT_EQ((std::vector<std::string>{"BrmBackup=7", "BrmBackup=5", "BrmBackup=7:progressReport",
                                         "BrmBackup=1"}),
               keys);
     all = IDatabase::getMOClass("BrmBackup", 0);
@@ -207,10 +207,22 @@ TEST_F(DatabaseViewTest, SetAttributeKeepsTheTypeGivenAndToolboxTakesExactAltern
     EXPECT_EQ(7u, asUnsigned);
 }
 
-TEST_F(DatabaseViewTest, DeleteObjIgnoresTheInstanceAndLeavesChildrenAlone) {
-    ASSERT_NE(0, IDatabase::deleteObj(kEquipment, 42, 0));
-    EXPECT_EQ(0, IDatabase::isPresentInDB(kEquipment, 1));
-    EXPECT_EQ(1, IDatabase::isPresentInDB(kRbsUnit, 1));
+TEST_F(DatabaseViewTest, DeleteObjTakesEverythingBelowAndNothingElse) {
+    putDn(std::string(kRbsUnit) + ",RbsUnit=1:s", {attr("x", 1, IPCData::AVT_INT32)});
+    put("Transport=1", "ManagedElement=1");
+    int h = IDatabase::transaction(IPCData::OP_TX_OPEN, 0, false);
+    put("RbsUnit=2", kEquipment, {}, h);
+    ASSERT_NE(0, IDatabase::deleteObj(kEquipment, 42, h));  // the instance is ignored
+    put("RbsUnit=3", kEquipment);                           // another handle's, committed meanwhile
+    for (const char* below : {"", ",RbsUnit=1", ",RbsUnit=1,RbsUnit=1:s", ",RbsUnit=2"}) {
+        std::unique_ptr<DBObject> seen(IDatabase::getObject(kEquipment + std::string(below), 1, h));
+        EXPECT_FALSE(seen) << below;
+    }
+    ASSERT_NE(0, IDatabase::transaction(IPCData::OP_TX_COMMIT, h, false));
+    for (const char* below : {"", ",RbsUnit=1", ",RbsUnit=1,RbsUnit=1:s", ",RbsUnit=3"}) {
+        EXPECT_EQ(0, IDatabase::isPresentInDB(kEquipment + std::string(below), 1)) << below;
+    }
+    EXPECT_EQ(1, IDatabase::isPresentInDB("ManagedElement=1,Transport=1", 1));
 }
 
 }  // namespace

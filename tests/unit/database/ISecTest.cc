@@ -67,10 +67,16 @@ TEST_F(ISecTest, StagedChangesApplyOnCommittedOnly) {
     ASSERT_NE(stored, nullptr);
     EXPECT_EQ(boost::get<std::string>(stored->getAttribute("userLabel")->value), "third");
 
+    // The MO below goes with it.
+    DBObject category("TrustCategory=1", 1, true, false, IPCData::OPSTATE_DISABLED,
+                      IPCData::ADMSTATE_UNLOCKED, kCertM, 1);
+    ASSERT_EQ(ISec::createMo(0, &category), 1);
     ASSERT_EQ(ISec::deleteMO(10, kCertM), 1);
     EXPECT_EQ(vesk::dbtest::committedString(kCertM, "userLabel"), "third");
     ASSERT_EQ(ISec::committed(10), 1);
     EXPECT_EQ(vesk::dbtest::committedString(kCertM, "userLabel"), "<no object>");
+    EXPECT_EQ(vesk::dbtest::committedString(std::string(kCertM) + ",TrustCategory=1", "x"),
+              "<no object>");
     EXPECT_TRUE(vesk::isec::storedDns().empty());
 }
 

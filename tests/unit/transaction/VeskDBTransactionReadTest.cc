@@ -221,6 +221,26 @@ TEST_F(TransactionReadTest, StructsReadTheirVisibleMembersWithPendingValues) {
     EXPECT_EQ(_tx->getStructListAttribute(kMo, "", 14, &container), -2);
 }
 
+TEST_F(TransactionReadTest, AFailingMemberIsLeftOutAndTheLastConversionDecides) {
+    put("Thing=1", kParent,
+        {attr("s", std::string("Thing=1:s"), 14), attr("l", std::string("Thing=1:l=1"), 32)});
+    for (const char* key : {"Thing=1:s", "Thing=1:l=1"})
+        put(key, kMo, {attr("a", 1, 3), attr("z", 1.5f, 17)});  // a float cannot be read
+    LogCapture log;
+    int rc = 0;
+    EXPECT_EQ(read(kMo, "s", 14, &rc), "14:[{a=3:[1]}]");
+    EXPECT_EQ(rc, -1);
+    EXPECT_EQ(read(kMo, "l", 14, &rc), "14:[{a=3:[1]}]");
+    EXPECT_EQ(rc, 0);
+    for (const char* reader : {"getStructAttribute", "getStructListAttribute"}) {
+        EXPECT_EQ(log.count("VeskDBTransaction::" + std::string(reader) +
+                                "(): Cannot determine the value of struct attribute: z",
+                            VESK_LOG_WARNING),
+                  1u)
+            << reader;
+    }
+}
+
 TEST_F(TransactionReadTest, IteratorsWalkIdsInOrderAndInterleave) {
     put("Cell=1", kParent, {}, true);
     put("Cell=2", kParent, {});
@@ -228,8 +248,11 @@ TEST_F(TransactionReadTest, IteratorsWalkIdsInOrderAndInterleave) {
     unsigned long long count = 0;
     _tx->countMoChildren(kParent, "Cell", &count);
     EXPECT_EQ(count, 2u);
+    LogCapture root;
     _tx->countMoChildren("", "ManagedElement", &count);
     EXPECT_EQ(count, 1u);
+    EXPECT_EQ(root.countContaining("] VeskDBTransaction::countMoChildren(): getMOClass empty dn"),
+              1u);
 
     unsigned long long cells = 0, units = 0, none = 7;
     _tx->newIterator(kParent, "Cell", &cells);

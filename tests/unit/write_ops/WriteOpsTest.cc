@@ -14,6 +14,7 @@ using vesk::log::LogCapture;
 const std::string kCellRel = kRel + ",EUtranCellRelation=1";
 const std::string kJob = "ManagedElement=1,SystemFunctions=1,PmEventM=1,EventProducer=1,EventJob=1";
 const std::string kCertM = "ManagedElement=1,SystemFunctions=1,SecM=1,CertM=1";
+const std::string kTrust = kCertM + ",TrustCategory=1";
 const std::string kHousekeeping =
     "ManagedElement=1,SystemFunctions=1,BrM=1,BrmBackupManager=1,BrmBackupHousekeeping=1";
 
@@ -85,6 +86,7 @@ TEST_F(WriteOpsTest, ZeroValuesDeleteButEmptyReservedBy) {
 }
 
 TEST_F(WriteOpsTest, CreateBuildsTheWholeObject) {
+    LogCapture log;
     HostValue plmn(
         std::vector<Struct>{{{"mcc", {3, {240}}}, {"mnc", {3, {8}}}, {"mncLength", {3, {2}}}}});
     HostValue ref(Value{11, {}, {kCell}});
@@ -96,6 +98,9 @@ TEST_F(WriteOpsTest, CreateBuildsTheWholeObject) {
     const std::string enb2 = kMe + ",ENodeBFunction=2";
     EXPECT_EQ(read(enb2, "eNodeBPlmnId"), "14:[{mcc=3:[240] mnc=3:[8] mncLength=3:[2]}]");
     EXPECT_EQ(read(enb2, "eNodeBFunctionId"), "9:[\"2\"]");
+    EXPECT_EQ(log.countContaining("] createMo: className: ENodeBFunction, attrName: eNodeBPlmnId, "
+                                  "attrType: 14, isList: No"),
+              1u);
 
     named[1].attributeName = const_cast<char*>("neighborCellRef");
     named[1].attributeValue = *ref.get();
@@ -113,7 +118,6 @@ TEST_F(WriteOpsTest, CreateBuildsTheWholeObject) {
     // A reader can be created only with its job; under a committed job it is refused.
     const std::string job = kMe + ",SystemFunctions=1,Pm=1,PmJob=1";
     commitChain(job);
-    LogCapture log;
     EXPECT_EQ(_tx->createMo(job.c_str(), "MeasurementReader", "measurementReaderId", "1", nullptr),
               -1);
     EXPECT_EQ(log.count("VeskDBTransaction::createMo(): Mo Object already exists. dn:" + job), 1u);
@@ -161,7 +165,6 @@ TEST_F(WriteOpsTest, DeleteIsLenientAfterTheModificationMark) {
 
 TEST_F(WriteOpsTest, RefusedValuesAndPendingValues) {
     commitChain(kHousekeeping);
-    EXPECT_EQ(set(kHousekeeping, "maxStoredManualBackups", Value{6, {6}}), -8);
     EXPECT_EQ(set(kHousekeeping, "maxStoredManualBackups", Value{6, {0}}), -8);
     EXPECT_EQ(stored(kHousekeeping, "maxStoredManualBackups"), "absent");
     EXPECT_EQ(set(kHousekeeping, "maxStoredManualBackups", Value{6, {3}}), 0);
@@ -181,6 +184,51 @@ TEST_F(WriteOpsTest, RefusedValuesAndPendingValues) {
     EXPECT_EQ(stored(cell2, "dlChannelBandwidth", true), "3:5000");
     EXPECT_EQ(read(cell2, "dlChannelBandwidth"), "3:[5000]");
 }
+
+// A set whose log line names setMoAttribute, the operation the host called, and its answer.
+struct LineRow {
+    const char* name;
+    std::string dn;
+    std::string attribute;
+    Value value;
+    bool securityFails;
+    int rc;
+    int level;
+    const char* line;  // what follows "VeskDBTransaction::setMoAttribute"
+};
+
+class SetLineTest : public WriteOpsTest, public ::testing::WithParamInterface<LineRow> {};
+
+TEST_P(SetLineTest, TheLineNamesSetMoAttribute) {
+    const LineRow& row = GetParam();
+    commitObject("EUtranCellRelation=1", kRel);
+    commitChain(kHousekeeping);
+    commitChain(kTrust);
+    if (row.securityFails)
+        vesk::isec::failNext(vesk::isec::Operation::EditMo, 1);
+    LogCapture log;
+    EXPECT_EQ(set(row.dn, row.attribute, row.value), row.rc);
+    EXPECT_EQ(
+        log.countContaining("VeskDBTransaction::setMoAttribute" + std::string(row.line), row.level),
+        1u);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Rows, SetLineTest,
+    ::testing::Values(
+        LineRow{"Delete", kCellRel, "neighborCellRef", Value{11, {}, {}}, false, 0, VESK_LOG_INFO,
+                "():Deleting attribute neighborCellRef dn: "},
+        LineRow{"OutOfBounds", kHousekeeping, "maxStoredManualBackups", Value{6, {6}}, false, -8,
+                VESK_LOG_ERROR, " Given value out of bounds for attribute maxStoredManualBackups"},
+        LineRow{"UnknownType", kCellRel, "neighborCellRef", Value{15, {1}}, false, 0,
+                VESK_LOG_ERROR, "():Unknown attribute type: 15. Cannot set value for attribute: "},
+        LineRow{"NoRdn", "," + kMe, "userLabel", Value{9, {}, {"a", "b"}}, false, 0, VESK_LOG_ERROR,
+                "(): Cannot set attribute. Unable to determine object's RDN"},
+        LineRow{"SecuritySingle", kCertM, "userLabel", Value{9, {}, {"x"}}, true, -1,
+                VESK_LOG_ERROR, "(): SEC returned failure. Cannot set attribute "},
+        LineRow{"SecurityList", kTrust, "trustedCertificates", Value{11, {}, {kCertM}}, true, -1,
+                VESK_LOG_WARNING, "(): editMo from SEC returns failed"}),
+    [](const ::testing::TestParamInfo<LineRow>& info) { return std::string(info.param.name); });
 
 }  // namespace
 }  // namespace writer_test

@@ -146,12 +146,18 @@ TEST_F(WriterCasesTest, PendingStructListDropsItsTailInTheTransaction) {
     auto* helper = VeskDBTransactionHelper::instance();
     HostValue four(ranges(4));
     HostValue two(ranges(2));
+    LogCapture log;
     ASSERT_EQ(helper->handleStructList(kRel, "blackListEntry", four.get(), handle(), 2), 0);
     EXPECT_TRUE(exists(item(4)));
     ASSERT_EQ(helper->handleStructList(kRel, "blackListEntry", two.get(), handle(), 2), 0);
     EXPECT_FALSE(exists(item(3)));
     EXPECT_FALSE(exists(item(4)));
     EXPECT_EQ(stored(kRel, "blackListEntry", true), "32:" + item(1) + ";" + item(2));
+    EXPECT_EQ(log.countContaining("] handleStructList: Creating attribute blackListEntry for "),
+              1u);
+    EXPECT_EQ(log.countContaining("] handleStructList: Trying to remove " + item(3)), 1u);
+    // The items hang under their MO: its parent still holds one relation.
+    EXPECT_EQ(IDatabase::getMOClassWithParent(kCell, "EUtranFreqRelation", handle()).size(), 1u);
     EXPECT_EQ(helper->handleStructList(kMe + ",Nothing=1", "x", two.get(), handle(), 2), 0);
 }
 
@@ -179,14 +185,21 @@ TEST_F(WriterCasesTest, ZeroValuesOnThePendingPath) {
     ASSERT_NE(IDatabase::insert(&enb, handle()), 0);
     ASSERT_EQ(helper->setAlternateStorage(kEnb, "userLabel", handle(), label.get(), 2), 0);
     ASSERT_EQ(helper->setAlternateStorage(kEnb, "userLabel", handle(), none.get(), 2), 0);
+    // A deletion waits for nothing: the stored value goes with the pending one.
     EXPECT_EQ(stored(kEnb, "userLabel", true), "absent");
-    EXPECT_EQ(read(kEnb, "userLabel"), "9:[\"south\"]");
+    EXPECT_EQ(stored(kEnb, "userLabel"), "absent");
+    EXPECT_EQ(read(kEnb, "userLabel"), "9:[]");
 
     // A pending struct emptied: its object goes and the default comes back, pending in the
     // restart slot.
     HostValue plmn(std::vector<Struct>{{{"mcc", {3, {240}}}}});
+    LogCapture log;
     ASSERT_EQ(helper->setAlternateStorage(kEnb, "eNodeBPlmnId", handle(), plmn.get(), 2), 0);
     const std::string child = kEnb + ",ENodeBFunction=1:eNodeBPlmnId";
+    EXPECT_EQ(log.countContaining(
+                  "] handleStructAttribute: Creating new struct object with value " + child),
+              1u);
+    EXPECT_EQ(log.countContaining("] setAlternateStorage: attribute not found, create : mcc"), 1u);
     EXPECT_EQ(stored(kEnb, "eNodeBPlmnId", true), "14:" + child);
     EXPECT_EQ(stored(child, "mcc", true), "3:240");
     HostValue emptied(std::vector<Struct>{{}});
