@@ -1,6 +1,7 @@
 // vesk-host: loads one plug-in, starts its components, runs the operator's commands (from -c,
 // --script, or standard input until it ends or SIGINT or SIGTERM arrives), then stops the
-// components, terminates the plug-in and exits.
+// components, terminates the plug-in and exits. Meanwhile watchers in other processes get its
+// change notifications. With --watch it is such a watcher instead.
 //
 // Exit status: 0 after a clean run; 1 bad options or log file; 2 the state directory or its
 // database cannot be opened; 3 the plug-in cannot be loaded (no file, or no entry symbol); 4 its
@@ -15,7 +16,10 @@
 
 #include "host/Host.h"
 #include "host/HostOptions.h"
+#include "host/WatchClient.h"
 #include "host/cli/Console.h"
+#include "host/cli/NotificationView.h"
+#include "host/events/WatchRelay.h"
 #include "host/model/StationLoader.h"
 #include "station/log/LogControl.h"
 
@@ -108,7 +112,18 @@ int run(const vesk::host::HostOptions& options, const sigset_t& signals) {
         up << " " << name;
     }
     up << std::endl;
-    return vesk::host::cli::runConsole(host, console, signals);
+    // Watchers in other processes (vesk-host --watch) see this host's notifications.
+    vesk::host::cli::ModelView view(*host.model());
+    vesk::host::events::WatchRelay relay(
+        host.events(), options.stateDirectory,
+        [&view](const OrlOamSpiCmEvent_Notification_1T& notification) {
+            return vesk::host::cli::notificationJson(notification, view).dump();
+        });
+    relay.start();
+    int status = vesk::host::cli::runConsole(host, console, signals);
+    host.settleNotifications();
+    relay.stop();
+    return status;
 }
 
 }  // namespace
@@ -134,5 +149,9 @@ int main(int argc, char** argv) {
     sigaddset(&signals, SIGINT);
     sigaddset(&signals, SIGTERM);
     pthread_sigmask(SIG_BLOCK, &signals, nullptr);
+    if (options.watch) {
+        return vesk::host::runWatcher(options.stateDirectory, options.watchPattern, options.json,
+                                      signals);
+    }
     return run(options, signals);
 }

@@ -2,6 +2,7 @@
 
 #include "host/cli/CommandText.h"
 #include "host/cli/Commands.h"
+#include "host/cli/WatchCommands.h"
 
 namespace vesk {
 namespace host {
@@ -34,6 +35,7 @@ bool Shell::runCommand(const std::string& command) {
         return true;
     }
     if (_options.echo && !_options.json) {
+        std::lock_guard<std::mutex> lock(_outputMutex);
         _out << "vesk> " << command << "\n";
     }
     if (!split) {
@@ -63,6 +65,7 @@ void Shell::finish() {
         return;
     }
     _finished = true;
+    _watches.reset();
     if (!_executor.inTransaction()) {
         return;
     }
@@ -74,7 +77,15 @@ void Shell::finish() {
     print(answer);
 }
 
+Watches& Shell::watches() {
+    if (_watches == nullptr) {
+        _watches.reset(new Watches(*this));
+    }
+    return *_watches;
+}
+
 void Shell::print(const Answer& answer) {
+    std::lock_guard<std::mutex> lock(_outputMutex);
     if (_options.json) {
         _out << toJson(answer).dump() << std::endl;
     } else {
