@@ -116,6 +116,8 @@ void Host::stop() {
     }
     settleNotifications();
     setStatus(OrlController::TIB_SHUTTING_DOWN);
+    // The change of status reaches the machines' queues before anything that stop gives them.
+    vesk::db::notifierFlush();
     components().stopAll(kReasonHost);
 }
 
