@@ -7,7 +7,8 @@
 #include <thread>
 
 #if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
-#include <sanitizer/allocator_interface.h>
+// The sanitizers' runtime counts the bytes its allocator hands out.
+extern "C" size_t __sanitizer_get_current_allocated_bytes();
 #endif
 
 #include "station/log/LogControl.h"

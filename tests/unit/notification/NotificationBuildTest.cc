@@ -27,6 +27,10 @@ struct Row {
     int status = OrlController::TIB_RUNNING;
 };
 
+void PrintTo(const Row& row, std::ostream* out) {
+    *out << row.name;
+}
+
 class NotificationBuildTest : public ProducerFixture, public ::testing::WithParamInterface<Row> {
   protected:
     void SetUp() override {
@@ -128,6 +132,10 @@ struct FilterRow {
     std::vector<const char*> values;  // the filter's pair values; empty: a null filter
     bool matches;
 };
+
+void PrintTo(const FilterRow& row, std::ostream* out) {
+    *out << row.name;
+}
 
 class FilterMatchTest : public ProducerFixture, public ::testing::WithParamInterface<FilterRow> {};
 
