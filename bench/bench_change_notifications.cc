@@ -158,7 +158,7 @@ void BM_CommitLatency(benchmark::State& state) {
     for (unsigned long consumer : consumers)
         g_host->events().removeConsumer(consumer);
 }
-BENCHMARK(BM_CommitLatency)->Arg(0)->Arg(10)->Arg(0)->Arg(10);
+BENCHMARK(BM_CommitLatency)->Arg(0)->Arg(10)->Arg(0)->Arg(10)->Arg(0)->Arg(10);
 
 }  // namespace
 

@@ -1,5 +1,6 @@
 #include "host/events/ConsumerQueue.h"
 
+#include <chrono>
 #include <exception>
 
 #include "platform/Logger.h"
@@ -7,10 +8,16 @@
 namespace vesk {
 namespace host {
 namespace events {
+namespace {
+
+// How long a consumer that has just delivered waits before it looks at its queue again.
+const std::chrono::milliseconds kLinger(2);
+
+}  // namespace
 
 void release(const Held& held) {
     if (held.producer != nullptr && held.producer->doneWithValue != nullptr) {
-        held.producer->doneWithValue(held.eventType.c_str(), held.notification);
+        held.producer->doneWithValue(held.eventType, held.notification);
     }
 }
 
@@ -24,14 +31,19 @@ ConsumerQueue::~ConsumerQueue() {
 }
 
 bool ConsumerQueue::push(Held held) {
+    bool wake = false;
     {
         std::lock_guard<std::mutex> lock(_mutex);
         if (_stopping) {
             return false;
         }
         _queue.push_back(std::move(held));
+        wake = _asleep;
     }
-    _wake.notify_one();
+    // A consumer that has just delivered comes back for more by itself.
+    if (wake) {
+        _wake.notify_one();
+    }
     return true;
 }
 
@@ -88,28 +100,47 @@ uint64_t ConsumerQueue::delivered() const {
 
 void ConsumerQueue::run() {
     std::unique_lock<std::mutex> lock(_mutex);
+    bool lingering = false;
     for (;;) {
-        _wake.wait(lock, [this] { return _stopping || !_queue.empty(); });
+        if (_queue.empty() && !_stopping) {
+            if (lingering) {
+                // What arrives meanwhile is taken in one round: under a stream of notifications
+                // the thread wakes once per linger, not once per notification.
+                _wake.wait_for(lock, kLinger, [this] { return _stopping; });
+                lingering = false;
+                continue;
+            }
+            _asleep = true;
+            _wake.wait(lock, [this] { return _stopping || !_queue.empty(); });
+            _asleep = false;
+        }
         if (_stopping) {
             return;
         }
-        Held held = std::move(_queue.front());
-        _queue.pop_front();
-        _busy = true;
-        lock.unlock();
-        try {
-            _deliver(_handle, held.eventType.c_str(), held.notification);
-        } catch (const std::exception& e) {
-            VESK_ERROR("host: consumer %lu (%s) failed on a notification: %s", _handle,
-                       _name.c_str(), e.what());
+        while (!_queue.empty() && !_stopping) {
+            deliverFront(lock);
         }
-        // Given back after the consumer is done, on this thread: never inside notify.
-        release(held);
-        lock.lock();
-        ++_delivered;
-        _busy = false;
-        _idle.notify_all();
+        lingering = true;
     }
+}
+
+void ConsumerQueue::deliverFront(std::unique_lock<std::mutex>& lock) {
+    Held held = std::move(_queue.front());
+    _queue.pop_front();
+    _busy = true;
+    lock.unlock();
+    try {
+        _deliver(_handle, held.eventType, held.notification);
+    } catch (const std::exception& e) {
+        VESK_ERROR("host: consumer %lu (%s) failed on a notification: %s", _handle, _name.c_str(),
+                   e.what());
+    }
+    // Given back after the consumer is done, on this thread: never inside notify.
+    release(held);
+    lock.lock();
+    ++_delivered;
+    _busy = false;
+    _idle.notify_all();
 }
 
 }  // namespace events

@@ -1,7 +1,9 @@
 // One consumer of the host's event router: the notifications routed to it, in order, and the
 // thread that hands each to the consumer and then gives it back to its producer. The producer's
 // thread only ever queues (push never waits for the consumer), so a slow consumer holds up
-// nobody but itself.
+// nobody but itself. An idle consumer is woken by the first notification; one that has just
+// delivered looks again 2 ms later and takes what came meanwhile, so a stream of notifications
+// costs one wake-up per round rather than one per notification.
 #pragma once
 
 #include <condition_variable>
@@ -28,7 +30,7 @@ using Deliver =
 struct Held {
     OrlOamSpiEventProducer_1* producer;
     uint32_t producerHandle;
-    std::string eventType;
+    const char* eventType;  // the router's own copy, which lives as long as the router
     void* notification;
 };
 
@@ -64,6 +66,9 @@ class ConsumerQueue {
 
   private:
     void run();
+    // Hands the first queued notification to the consumer and gives it back. Holds `lock` on
+    // entry and on return, not in between.
+    void deliverFront(std::unique_lock<std::mutex>& lock);
 
     const unsigned long _handle;
     const std::string _name;
@@ -73,6 +78,7 @@ class ConsumerQueue {
     std::condition_variable _idle;  // a delivery has ended
     std::deque<Held> _queue;
     bool _busy = false;
+    bool _asleep = false;  // waiting for a push to wake it
     bool _stopping = false;
     uint64_t _delivered = 0;
     std::thread _thread;

@@ -92,7 +92,7 @@ class EventRouter {
   private:
     struct Producer {
         OrlOamSpiEventProducer_1* record;
-        std::set<std::string> eventTypes;
+        std::set<std::string, std::less<>> eventTypes;
     };
     // One subscription: the router's own filter array, alive until the unsubscription.
     struct Subscription {
@@ -124,6 +124,8 @@ class EventRouter {
     std::map<uint32_t, Producer> _producers;
     std::map<unsigned long, Consumer> _consumers;
     std::vector<std::unique_ptr<Subscription>> _subscriptions;
+    // Every event type ever announced, never removed: queued notifications point at these.
+    std::set<std::string, std::less<>> _eventTypeNames;
     uint32_t _nextProducer = 1;
     unsigned long _nextConsumer = 1;
     OrlReturnT _registrationRefusal = OrlOk;

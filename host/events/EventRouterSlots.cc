@@ -20,7 +20,12 @@ OrlReturnT EventRouter::notify(uint32_t producerHandle, unsigned long consumer,
     if (found->second.refusal != OrlOk) {
         return found->second.refusal;
     }
-    Held held{producer->second.record, producerHandle, eventType, notification};
+    // Only the types the producer announced; their names are kept for the queued notifications.
+    auto type = _eventTypeNames.find(eventType);
+    if (producer->second.eventTypes.count(eventType) == 0 || type == _eventTypeNames.end()) {
+        return OrlNotExist;
+    }
+    Held held{producer->second.record, producerHandle, type->c_str(), notification};
     return found->second.queue->push(std::move(held)) ? OrlOk : OrlNotExist;
 }
 
@@ -50,6 +55,7 @@ OrlReturnT EventRouter::addProducerEvent(uint32_t producerHandle, const char* ev
         if (producer == _producers.end() || eventType == nullptr) {
             return OrlNotExist;
         }
+        _eventTypeNames.insert(eventType);
         if (!producer->second.eventTypes.insert(eventType).second) {
             return OrlOk;
         }
