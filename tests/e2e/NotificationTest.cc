@@ -186,6 +186,22 @@ TEST_F(NotificationTest, BadPatternSlowConsumerAndUnknownFilterAreAnswered) {
     EXPECT_EQ(router.removeConsumer(slow), OrlOk);
 }
 
+TEST_F(NotificationTest, FirstJoinWhileUpReadsTheNorthboundNameOnce) {
+    vesk::log::LogCapture log;
+    startOnStation(VESK_AGENT_PATH);
+    // Below the integrated phase the operator's session does not count as the OSS connection,
+    // so joins still look at the host's status.
+    ASSERT_NE(IDatabase::setAttribute("OAM", 1, "AI_phase", AttributeVariant(3), false,
+                                      IPCData::AVT_INT32, false, 0),
+              0);
+    openShell();
+    const char* read = "as ManagedElement's dn when sending AVCN to NBI.";
+    EXPECT_EQ(log.countContaining(read), 2u);  // the producer's start and its subscription
+    ok("get " + kCell + " cellId");
+    ok("get " + kCell + " cellId");
+    EXPECT_EQ(log.countContaining(read), 3u);
+}
+
 TEST_F(NotificationTest, ProducerRefusedByTheRouterLeavesWritesWorking) {
     _host->events().refuseRegistration(OrlFailure);
     start();
