@@ -6,6 +6,7 @@
 #include "platform/OrlController.h"
 #include "station/StationConfig.h"
 #include "station/database/Database.h"
+#include "station/database/Notifier.h"
 #include "station/framework/FrameworkControl.h"
 
 namespace vesk {
@@ -13,6 +14,8 @@ namespace host {
 namespace {
 
 const OrlStateChangeReason kReasonHost = 0;
+// How long each stage of a settle may take, in milliseconds.
+const unsigned kSettleMs = 2000;
 
 }  // namespace
 
@@ -24,7 +27,7 @@ Host::Host() : _plugin(new PluginLoader), _implementers(new oi::Implementers(*th
     _portal.addService(&_stubs.repository1()->header);
     _portal.addService(&_stubs.repository2()->header);
     _portal.addService(&_stubs.repository3()->header);
-    _portal.addService(&_stubs.eventRouter()->header);
+    _portal.addService(&_events.record()->header);
 }
 
 Host::~Host() {
@@ -103,7 +106,16 @@ OrlReturnT Host::start(std::string* error) {
         }
         return result;
     }
+    // The machines take what the start gave them before the status changes, so that what they
+    // see of the status does not depend on which thread runs first.
+    vesk::station::waitForIdleQueues(kSettleMs);
     setStatus(OrlController::TIB_RUNNING);
+    // Up means settled: the machines have handled what the start and the status gave them, so
+    // that the changes of the first request already reach the change notifications.
+    vesk::db::notifierFlush();
+    if (!vesk::station::waitForIdleQueues(kSettleMs)) {
+        VESK_WARNING("host: the components' machines are still busy after %u ms", kSettleMs);
+    }
     return OrlOk;
 }
 
@@ -113,8 +125,22 @@ void Host::stop() {
     if (components().started().empty()) {
         return;
     }
+    settleNotifications();
     setStatus(OrlController::TIB_SHUTTING_DOWN);
+    // The change of status reaches the machines' queues before anything that stop gives them.
+    vesk::db::notifierFlush();
     components().stopAll(kReasonHost);
+}
+
+void Host::settleNotifications() {
+    if (_events.consumers().empty()) {
+        return;
+    }
+    // Changes go from the store to the producer's queue, then to the consumers' queues.
+    vesk::db::notifierFlush();
+    if (!vesk::station::waitForIdleQueues(kSettleMs) || !_events.waitIdle(kSettleMs)) {
+        VESK_WARNING("host: notifications still under way after %u ms", 2 * kSettleMs);
+    }
 }
 
 void Host::terminate() {
@@ -130,6 +156,7 @@ void Host::unload() {
     _implementers->removeAll();
     terminate();
     // The plug-in's records live in its library: nothing may point at them once it is closed.
+    _events.detachProducers();
     for (const std::string& name : components().removeAll()) {
         VESK_INFO("host: component %s was still registered at unload", name.c_str());
     }

@@ -18,6 +18,7 @@
 #include "host/StubServices.h"
 #include "host/ThreadContext.h"
 #include "host/TransactionCoordinator.h"
+#include "host/events/EventRouter.h"
 #include "host/model/ModelRepository.h"
 #include "host/model/ModelSchema.h"
 #include "host/oi/Implementers.h"
@@ -55,10 +56,12 @@ class Host {
     // registers during init is the agent. `error` says what went wrong.
     LoadStatus load(const std::string& path, std::string* error);
     // Starts every registered component not started yet, in registration order (components
-    // registered during a start included), and reports the host as up. The first failure is
+    // registered during a start included), reports the host as up and waits (a few seconds at
+    // most) until the machines have handled what that gave them. The first failure is
     // returned, with the component named in `error`.
     OrlReturnT start(std::string* error = nullptr);
-    // Reports the host as shutting down and stops the started components, last first.
+    // Lets notifications of the commits made reach their consumers (settleNotifications),
+    // reports the host as shutting down and stops the started components, last first.
     void stop();
     // Calls the plug-in's terminate (once).
     void terminate();
@@ -99,6 +102,11 @@ class Host {
     // Another symbol exported by the plug-in, or null.
     void* pluginSymbol(const char* name) const;
 
+    // The event router, and a wait until every change committed so far has been delivered to
+    // the router's consumers (at most a few seconds; nothing to wait for without consumers).
+    events::EventRouter& events() { return _events; }
+    void settleNotifications();
+
     Portal& portal() { return _portal; }
     ComponentRegistry& components() { return _portal.components(); }
     TransactionCoordinator& transactions() { return _coordinator; }
@@ -115,6 +123,7 @@ class Host {
     Sessions _sessions;
     ThreadContext _threadContext;
     StubServices _stubs;
+    events::EventRouter _events;
     model::ModelSchema _model;
     std::unique_ptr<model::ModelRepository> _repository;
     std::unique_ptr<PluginLoader> _plugin;

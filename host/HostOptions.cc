@@ -41,7 +41,10 @@ po::options_description describe() {
         "protocol", po::value<std::string>()->default_value("cli"),
         "the protocol of the operator's session: netconf, cli or none (no session)")(
         "user", po::value<std::string>()->default_value("operator"),
-        "the user name of the operator's session");
+        "the user name of the operator's session")(
+        "watch,w", po::value<std::string>(),
+        "print the change notifications of the host running on --state whose dn matches this "
+        "pattern ('' for all), until interrupted");
     return options;
 }
 
@@ -74,6 +77,7 @@ void printHostHelp(std::ostream& out) {
         << "                 [-c COMMANDS | --script FILE] [--strict] [--json]\n"
         << "                 [--protocol netconf|cli|none] [--user NAME]\n"
         << "       vesk-host --load STATION.xml [--station-objects FILE] --state DIR\n"
+        << "       vesk-host --watch REGEX [--state DIR] [--json]\n"
         << "Loads the plug-in, starts its components and serves until end of input or until\n"
         << "interrupted, reading operator commands (try 'help'); then stops them and unloads\n"
         << "the plug-in. With -c or --script it runs those commands and exits.\n\n"
@@ -119,7 +123,16 @@ bool parseHostOptions(int argc, const char* const* argv, HostOptions* options, s
             return false;
         }
     }
-    if (!options->help && options->plugin.empty() && options->loadStation.empty()) {
+    if (values.count("watch") > 0) {
+        options->watch = true;
+        options->watchPattern = values["watch"].as<std::string>();
+        if (!options->plugin.empty() || !options->loadStation.empty()) {
+            *error = "--watch runs on its own, beside the host that runs on the state directory";
+            return false;
+        }
+    }
+    if (!options->help && !options->watch && options->plugin.empty() &&
+        options->loadStation.empty()) {
         *error = "the option '--plugin' is required";
         return false;
     }

@@ -23,17 +23,6 @@ StubServices::StubServices() {
     _repository3.getMocByDn = none;
     _repository3.getTypeContainerType = none;
     _repository3.getRequestedMoc = none;
-
-    _router.header = OrlMgmtSpiInterface_1{"OrlOamSpiEventService", "OrlOamSpiEventRouter", "1"};
-    _router.notify = none;
-    _router.registerConsumer = none;
-    _router.unregisterConsumer = none;
-    _router.subscribe = none;
-    _router.unsubscribe = none;
-    _router.registerProducer = none;
-    _router.addProducerEvent = none;
-    _router.removeProducerEvent = none;
-    _router.unregisterProducer = none;
 }
 
 void StubServices::fillRepository2() {

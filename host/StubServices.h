@@ -1,9 +1,8 @@
-// Stand-ins for the host services that are not built yet: the model repository (records 1, 2
-// and 3) and the event router. Every operation answers OrlNotExist ("none") and leaves its
-// outputs untouched, so a plug-in finds the records and sees an empty model and no router.
+// Stand-ins for the model repository (records 1, 2 and 3) while no model is loaded. Every
+// operation answers OrlNotExist ("none") and leaves its outputs untouched, so a plug-in finds the
+// records and sees an empty model.
 #pragma once
 
-#include "platform/orl/OrlEventRouter.h"
 #include "platform/orl/OrlModelRepository.h"
 
 namespace vesk {
@@ -18,7 +17,6 @@ class StubServices {
     OrlOamSpiModelRepository_1* repository1() { return &_repository1; }
     OrlOamSpiModelRepository_2* repository2() { return &_repository2; }
     OrlOamSpiModelRepository_3* repository3() { return &_repository3; }
-    OrlOamSpiEventRouter_1* eventRouter() { return &_router; }
 
   private:
     void fillRepository2();
@@ -26,7 +24,6 @@ class StubServices {
     OrlOamSpiModelRepository_1 _repository1;
     OrlOamSpiModelRepository_2 _repository2;
     OrlOamSpiModelRepository_3 _repository3;
-    OrlOamSpiEventRouter_1 _router;
 };
 
 }  // namespace host

@@ -1,6 +1,7 @@
 // vesk-host: loads one plug-in, starts its components, runs the operator's commands (from -c,
 // --script, or standard input until it ends or SIGINT or SIGTERM arrives), then stops the
-// components, terminates the plug-in and exits.
+// components, terminates the plug-in and exits. Meanwhile watchers in other processes get its
+// change notifications. With --watch it is such a watcher instead.
 //
 // Exit status: 0 after a clean run; 1 bad options or log file; 2 the state directory or its
 // database cannot be opened, holds no station (unless --create-state), or another process has the
@@ -16,7 +17,10 @@
 
 #include "host/Host.h"
 #include "host/HostOptions.h"
+#include "host/WatchClient.h"
 #include "host/cli/Console.h"
+#include "host/cli/NotificationView.h"
+#include "host/events/WatchRelay.h"
 #include "host/model/StationLoader.h"
 #include "platform/Logger.h"
 #include "station/log/LogControl.h"
@@ -152,7 +156,18 @@ int run(const vesk::host::HostOptions& options, const sigset_t& signals) {
         up << " " << name;
     }
     up << std::endl;
-    return vesk::host::cli::runConsole(host, console, signals);
+    // Watchers in other processes (vesk-host --watch) see this host's notifications.
+    vesk::host::cli::ModelView view(*host.model());
+    vesk::host::events::WatchRelay relay(
+        host.events(), options.stateDirectory,
+        [&view](const OrlOamSpiCmEvent_Notification_1T& notification) {
+            return vesk::host::cli::notificationJson(notification, view).dump();
+        });
+    relay.start();
+    int status = vesk::host::cli::runConsole(host, console, signals);
+    host.settleNotifications();
+    relay.stop();
+    return status;
 }
 
 }  // namespace
@@ -178,6 +193,10 @@ int main(int argc, char** argv) {
     sigaddset(&signals, SIGINT);
     sigaddset(&signals, SIGTERM);
     pthread_sigmask(SIG_BLOCK, &signals, nullptr);
+    if (options.watch) {
+        return vesk::host::runWatcher(options.stateDirectory, options.watchPattern, options.json,
+                                      signals);
+    }
     std::error_code ignored;
     bool existed = std::filesystem::exists(options.stateDirectory, ignored);
     bool fresh = !options.loadStation.empty() && holdsNothing(options.stateDirectory);

@@ -6,6 +6,7 @@
 #include <memory>
 
 #include "host/cli/Shell.h"
+#include "host/cli/WatchCommands.h"
 #include "host/cli/WriteCommands.h"
 #include "platform/DBObject.h"
 #include "platform/IDatabase.h"
@@ -87,6 +88,7 @@ void runStatus(Shell& shell, const Args&, Answer* answer) {
     status["user"] = shell.options().protocol == "none" ? "-" : shell.options().user;
     status["agent"] = shell.host().agentComponent();
     status["components"] = shell.host().components().started();
+    status["events"] = eventStatus(shell);
     answer->data = status;
 }
 
@@ -161,8 +163,12 @@ const std::vector<Command>& commandTable() {
         {"abort", "", "abort the open transaction", 0, 0, runAbort},
         {"phase", "[N]", "show or set the station's auto-integration phase (AI_phase of OAM)", 0, 1,
          runPhase},
-        {"status", "", "show the open transaction, the session and the components", 0, 0,
-         runStatus},
+        {"watch", "[REGEX]",
+         "print change notifications of the MOs whose dn matches REGEX (all without one)", 0, 1,
+         runWatch},
+        {"unwatch", "[N]", "end watch N (all without N)", 0, 1, runUnwatch},
+        {"status", "", "show the open transaction, the session, the components and the consumers",
+         0, 0, runStatus},
         {"help", "[COMMAND]", "list the commands", 0, 1, runHelp},
         {"quit", "", "leave (an open transaction is aborted)", 0, 0, runQuit},
         {"exit", "", "leave (an open transaction is aborted)", 0, 0, runQuit},

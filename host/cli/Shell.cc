@@ -4,6 +4,7 @@
 
 #include "host/cli/CommandText.h"
 #include "host/cli/Commands.h"
+#include "host/cli/WatchCommands.h"
 #include "platform/Logger.h"
 #include "station/log/LogControl.h"
 
@@ -38,6 +39,7 @@ bool Shell::runCommand(const std::string& command) {
         return true;
     }
     if (_options.echo && !_options.json) {
+        std::lock_guard<std::mutex> lock(_outputMutex);
         _out << "vesk> " << command << "\n";
     }
     if (!split) {
@@ -88,6 +90,7 @@ void Shell::finish() {
         return;
     }
     _finished = true;
+    _watches.reset();
     if (!_executor.inTransaction()) {
         return;
     }
@@ -99,7 +102,15 @@ void Shell::finish() {
     print(answer);
 }
 
+Watches& Shell::watches() {
+    if (_watches == nullptr) {
+        _watches.reset(new Watches(*this));
+    }
+    return *_watches;
+}
+
 void Shell::print(const Answer& answer) {
+    std::lock_guard<std::mutex> lock(_outputMutex);
     if (_options.json) {
         _out << dumpJson(toJson(answer)) << std::endl;
     } else {

@@ -4,6 +4,8 @@
 // one still open, with a line saying so. Used from one thread, the one the session is bound to.
 #pragma once
 
+#include <memory>
+#include <mutex>
 #include <ostream>
 #include <string>
 #include <vector>
@@ -31,6 +33,8 @@ struct ShellOptions {
 // Exit status of a run stopped by a failed command under `strict`.
 constexpr int kCommandFailed = 8;
 
+class Watches;
+
 class Shell {
   public:
     // `host` (started) and `model` must outlive the shell; answers go to `out`.
@@ -48,7 +52,8 @@ class Shell {
     bool stopped() const { return _stopped; }
     // 0, or kCommandFailed when a failure stopped a strict run.
     int exitStatus() const { return _exitStatus; }
-    // Aborts a transaction still open, with a line saying so. Called once at exit.
+    // Ends the watches, then aborts a transaction still open, with a line saying so. Called
+    // once at exit.
     void finish();
 
     // For the commands.
@@ -58,6 +63,11 @@ class Shell {
     const ShellOptions& options() const { return _options; }
     void requestQuit() { _stopped = true; }
     void setEcho(bool echo) { _options.echo = echo; }
+    // The watches of change notifications, made at first use. They print from their own
+    // threads to out() while holding outputMutex(), as the shell's answers are printed.
+    Watches& watches();
+    std::ostream& out() { return _out; }
+    std::mutex& outputMutex() { return _outputMutex; }
 
   private:
     // Runs the command of `words` into `answer`, with the lines it logs as reasons.
@@ -72,6 +82,8 @@ class Shell {
     bool _stopped = false;
     bool _finished = false;
     int _exitStatus = 0;
+    std::mutex _outputMutex;
+    std::unique_ptr<Watches> _watches;  // last: its threads print through the members above
 };
 
 }  // namespace cli

@@ -1,6 +1,7 @@
 #include "front/VeskMoImpl.h"
 
 #include "backup/VeskBrM.h"
+#include "notification/VeskCmEventProducer.h"
 #include "platform/DBObject.h"
 #include "platform/IDatabase.h"
 #include "platform/Logger.h"
@@ -248,7 +249,7 @@ OrlReturnT VeskMoImpl::join(OrlTxHandleT txHandle) {
             VESK_TRACE(" VeskMoImpl::join() Current TIB status %s",
                        OrlController::OrlStatusLiteral(status).c_str());
         } else if (_eventProducer != nullptr && _meNbiNameInitCount == 0) {
-            // The producer learns the ME's northbound name here once it offers initMeNbiName.
+            _eventProducer->initMeNbiName();
             ++_meNbiNameInitCount;
         }
     }

@@ -1,6 +1,27 @@
 #include "station/framework/EventQueueHandler.h"
 
+#include <atomic>
+#include <chrono>
+
 #include "platform/Logger.h"
+#include "station/framework/FrameworkControl.h"
+
+namespace {
+
+// Events posted to any queue and not yet processed or dropped.
+std::atomic<long> g_queuedEvents{0};
+
+}  // namespace
+
+bool vesk::station::waitForIdleQueues(unsigned ms) {
+    auto limit = std::chrono::steady_clock::now() + std::chrono::milliseconds(ms);
+    while (g_queuedEvents.load() > 0) {
+        if (std::chrono::steady_clock::now() >= limit)
+            return false;
+        std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    }
+    return true;
+}
 
 namespace VESK {
 namespace Framework {
@@ -22,6 +43,7 @@ bool EventQueueHandler::post(ReactiveStateMachine* target, Event* event) {
         if (_stopped)
             return false;
         _queue.emplace_back(target, event);
+        ++g_queuedEvents;
     }
     _wake.notify_one();
     start();
@@ -74,6 +96,7 @@ void EventQueueHandler::dropAll(std::deque<Item>& items) {
                    item.second->eventId);
         item.second->cleanup();
         delete item.second;
+        --g_queuedEvents;
     }
     items.clear();
 }
@@ -89,6 +112,7 @@ void EventQueueHandler::run() {
         _busyWith = item.first;
         lock.unlock();
         item.first->dispatchFromQueue(item.second);
+        --g_queuedEvents;
         lock.lock();
         _busyWith = nullptr;
         _idle.notify_all();

@@ -12,6 +12,10 @@ double timeScale();
 // The host status that OrlController::getStatus() gives (3 up, 4 shutting down).
 void setHostStatus(int status);
 
+// Waits until no machine's queue holds or runs an event, at most `ms` milliseconds of real time
+// (not scaled). False on time-out. Not from a machine's own thread.
+bool waitForIdleQueues(unsigned ms);
+
 // The simulated WiFi module: whether its operations succeed (default true), and what it saw.
 struct WifiRecord {
     int restarts = 0;

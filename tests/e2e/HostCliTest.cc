@@ -157,7 +157,8 @@ TEST_F(HostCliTest, SessionOptionsAndInputLines) {
     EXPECT_EQ(o.out,
               "vesk-host: up, components: VESKCMSAcomponent VESKOIcomponent\n"
               "transaction: none\nprotocol: netconf\nuser: oss\nagent: VESKCMSAcomponent\n"
-              "components: [VESKCMSAcomponent, VESKOIcomponent]\n")
+              "components: [VESKCMSAcomponent, VESKOIcomponent]\n"
+              "events: {producers=1, consumers=[]}\n")
         << "quit ends the input";
     Outcome none = run("status", "--protocol none --json");
     ASSERT_EQ(none.answers().size(), 1u);

@@ -81,10 +81,6 @@ TEST(PortalTest, StubServicesAnswerNoneAndLeaveOutputs) {
     EXPECT_EQ(stubs.repository2()->getName(1, &name), OrlNotExist);
     EXPECT_STREQ(name, "kept");
     EXPECT_EQ(stubs.repository2()->getNextEnumLiteral(1, &moc), OrlNotExist);
-    uint32_t producer = 5;
-    EXPECT_EQ(stubs.eventRouter()->registerProducer(nullptr, &producer), OrlNotExist);
-    EXPECT_EQ(producer, 5u);
-    EXPECT_STREQ(stubs.eventRouter()->header.componentName, "OrlOamSpiEventService");
 }
 
 }  // namespace

@@ -3,7 +3,6 @@
 #include <gtest/gtest.h>
 
 #include "backup/VeskBrM.h"
-#include "notification/VeskCmEventProducer.h"
 #include "platform/Logger.h"
 #include "software/VeskSwM.h"
 #include "station/log/LogControl.h"
@@ -51,44 +50,6 @@ TEST(ConcreteSwMTest, BothAnswersInStReadyAreReleasedWithTheirNotAvailableLines)
         1u);
     EXPECT_EQ(log.countContaining("VeskSwM: Entering stReady"), 2u);
     EXPECT_EQ(log.countContaining("VeskSwM: Leaving"), 0u);
-}
-
-// A portal that offers nothing: the producer's router registration fails and it runs on.
-OrlReturnT noInterface(const char*, const char*, const char*, void**) {
-    return OrlNotExist;
-}
-
-TEST(ConcreteProducerTest, RunningAndNotificationsAreNotAvailableYetAndQuitEndsIt) {
-    OrlMgmtSpiInterfacePortal_1 portal{};
-    portal.getInterface = noInterface;
-    TibVeskCM::VeskCmEventProducer producer(&portal);
-    producer.currentState = VeskCmEventProducer_StateMachine::stInitialize;
-    vesk::log::LogCapture log;
-
-    Event gotoRunning(1002);
-    EXPECT_EQ(producer.processEvent(gotoRunning), 1);
-    EXPECT_EQ(producer.currentState, VeskCmEventProducer_StateMachine::stRunning);
-    EXPECT_EQ(log.countContaining("evGotoRunning received, state: 2000", VESK_LOG_TRACE), 1u);
-    EXPECT_EQ(
-        log.count("VeskCmEventProducer::enterState_stRunning - not available yet", VESK_LOG_ERROR),
-        1u);
-    // A second one in stRunning is only traced: stRunning is not entered again.
-    EXPECT_EQ(producer.processEvent(gotoRunning), 1);
-    EXPECT_EQ(log.countContaining("evGotoRunning received, state: 2001", VESK_LOG_TRACE), 1u);
-    EXPECT_EQ(log.countContaining("enterState_stRunning"), 1u);
-
-    IDatabase::EventClass_ev4Notification notification;
-    EXPECT_EQ(producer.processEvent(notification), 1);
-    EXPECT_EQ(log.count("VeskCmEventProducer::processEvent_evNotification - not available yet",
-                        VESK_LOG_ERROR),
-              1u);
-
-    Event quit(1000);
-    EXPECT_EQ(producer.processEvent(quit), 1);
-    EXPECT_TRUE(producer.hasTerminated());
-    EXPECT_EQ(
-        log.count("VeskCmEventProducer evQuit - Unregister database notifications", VESK_LOG_INFO),
-        1u);
 }
 
 }  // namespace
