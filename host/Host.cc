@@ -143,6 +143,11 @@ void Host::settleNotifications() {
     }
 }
 
+void Host::keepJournal(size_t capacity, events::Journal::Format format) {
+    _journal.reset();
+    _journal.reset(new events::Journal(_events, capacity, std::move(format)));
+}
+
 void Host::terminate() {
     if (_plugin->isOpen()) {
         _plugin->terminate();

@@ -19,6 +19,7 @@
 #include "host/ThreadContext.h"
 #include "host/TransactionCoordinator.h"
 #include "host/events/EventRouter.h"
+#include "host/events/Journal.h"
 #include "host/model/ModelRepository.h"
 #include "host/model/ModelSchema.h"
 #include "host/oi/Implementers.h"
@@ -106,6 +107,11 @@ class Host {
     // the router's consumers (at most a few seconds; nothing to wait for without consumers).
     events::EventRouter& events() { return _events; }
     void settleNotifications();
+    // From now on every change notification is kept in a journal of the last `capacity` (see
+    // events::Journal), in place of one kept before; before start, so that none is missed.
+    void keepJournal(size_t capacity, events::Journal::Format format);
+    // The journal, or null when none is kept.
+    const events::Journal* journal() const { return _journal.get(); }
 
     Portal& portal() { return _portal; }
     ComponentRegistry& components() { return _portal.components(); }
@@ -127,6 +133,8 @@ class Host {
     model::ModelSchema _model;
     std::unique_ptr<model::ModelRepository> _repository;
     std::unique_ptr<PluginLoader> _plugin;
+    // After the router and the model: its consumer formats with the model and leaves first.
+    std::unique_ptr<events::Journal> _journal;
     std::string _agent;
     bool _stateOpen = false;
     std::unique_ptr<oi::Implementers> _implementers;  // last: it calls the records above
