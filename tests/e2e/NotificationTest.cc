@@ -267,13 +267,12 @@ TEST_F(WatchProgramTest, JournalKeepsTheLastNotificationsNobodyWatched) {
         }
         return result;
     };
-    const std::string cell2 = "EUtranCellFDD=2 ";
-    const std::string cell1 = "EUtranCellFDD=1 ";
-    const std::string edited = R"({"lastModification":"OPERATOR"})";
-    EXPECT_EQ(shown(answers[3]), (Names{cell1 + edited, cell1 + R"({"userLabel":"c"})"}));
-    EXPECT_EQ(shown(answers[4]), (Names{cell2 + edited, cell2 + R"({"userLabel":"b"})"}));
-    EXPECT_EQ(shown(answers[5]), (Names{cell2 + edited, cell2 + R"({"userLabel":"b"})",
-                                        cell1 + edited, cell1 + R"({"userLabel":"c"})"}));
+    const std::string edited = R"( {"lastModification":"OPERATOR"})";
+    const Names cell1 = {"EUtranCellFDD=1" + edited, R"(EUtranCellFDD=1 {"userLabel":"c"})"};
+    const Names cell2 = {"EUtranCellFDD=2" + edited, R"(EUtranCellFDD=2 {"userLabel":"b"})"};
+    EXPECT_EQ(shown(answers[3]), cell1);
+    EXPECT_EQ(shown(answers[4]), cell2);
+    EXPECT_EQ(shown(answers[5]), (Names{cell2[0], cell2[1], cell1[0], cell1[1]}));
     EXPECT_EQ(answers[6]["result"]["events"]["journal"],
               Json::parse(R"({"kept":4,"capacity":4,"recorded":6})"));
     EXPECT_EQ((kept.out + kept.err).find("notif sending fails"), std::string::npos);
