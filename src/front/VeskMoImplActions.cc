@@ -119,7 +119,8 @@ OrlReturnT VeskMoImpl::action(OrlTxHandleT txHandle, const char* dn, const char*
                               OrlMoAttributeValueResult_3* result) {
     Poco::ScopedLock<Poco::Mutex> lock(_mutex);
     int32_t phase = getAimPhase();
-    VESK_TRACE(">> %s: dn %s, name %s", __func__, dn, name);
+    VESK_TRACE(">> %s", __func__);
+    VESK_TRACE("%s: dn %s, name %s, AI phase %d", __func__, dn, name, phase);
     ActionRequest request{txHandle, dn, name, parameters, result, findTransaction(txHandle), false};
     OrlReturnT rc = OrlTryAgain;
     if (phase < kIntegratedPhase && request.name != "resetToFactory") {
