@@ -8,7 +8,9 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <memory>
+#include <mutex>
 #include <string>
 #include <utility>
 #include <vector>
@@ -23,6 +25,7 @@
 #include "host/model/ModelRepository.h"
 #include "host/model/ModelSchema.h"
 #include "host/oi/Implementers.h"
+#include "host/peers/Peers.h"
 #include "platform/orl/OrlOamSpi.h"
 
 namespace vesk {
@@ -68,6 +71,14 @@ class Host {
     void terminate();
     // Terminates if still due and closes the plug-in library.
     void unload();
+    // The station's restart of the agent: stop, terminate, unload, then load the same plug-in
+    // and start it again on the same state. False, with the reason, when it did not come back.
+    // Not from inside a call of the agent.
+    bool restartAgent(std::string* error);
+    // Runs `work` once every transaction open now has ended, on the thread that ends the last
+    // of them (at the end of commit or abort); with none open, at the end of the next commit
+    // or abort. Any thread, also from inside a call of the agent.
+    void afterTransactions(std::function<void()> work);
 
     // Test controls of the portal.
     void refuseInterface(const std::string& service, const std::string& interfaceName,
@@ -119,10 +130,19 @@ class Host {
     Sessions& sessions() { return _sessions; }
     // The host's own object implementers; they are unregistered at stop and unload.
     oi::Implementers& implementers() { return *_implementers; }
+    // The station's components the host plays.
+    peers::Peers& peers() { return _peers; }
 
   private:
     void* agentRecord(const char* interfaceName, const char* version);
     void setStatus(int status);
+    // Runs the work of afterTransactions whose transactions have all ended.
+    void runAfterTransactions();
+
+    struct Deferred {
+        std::vector<OrlTxHandleT> waitFor;
+        std::function<void()> work;
+    };
 
     Portal _portal;
     TransactionCoordinator _coordinator;
@@ -137,6 +157,9 @@ class Host {
     std::unique_ptr<events::Journal> _journal;
     std::string _agent;
     bool _stateOpen = false;
+    std::mutex _deferredMutex;
+    std::vector<Deferred> _deferred;
+    peers::Peers _peers;
     std::unique_ptr<oi::Implementers> _implementers;  // last: it calls the records above
 };
 

@@ -5,6 +5,7 @@
 #include <cstdlib>
 #include <memory>
 
+#include "host/cli/ActionCommands.h"
 #include "host/cli/Shell.h"
 #include "host/cli/WatchCommands.h"
 #include "host/cli/WriteCommands.h"
@@ -154,6 +155,10 @@ const std::vector<Command>& commandTable() {
          runSet},
         {"create", "PARENT_DN CLASS=ID [ATTR=VALUE...]", "create an MO", 2, kAnyCount, runCreate},
         {"delete", "DN", "delete an MO", 1, 1, runDelete},
+        {"action", "DN NAME [PARAM=VALUE...]", "run an action of an MO", 2, kAnyCount, runAction},
+        {"peer", "[NAME show|BEHAVIOUR|...]",
+         "list the station's peers, show what one received, or set its behaviour", 0, kAnyCount,
+         runPeer},
         {"oi",
          "add dn|class DN_OR_PATH ok|tryagain N|fail CODE | set ID BEHAVIOUR | list | show ID | "
          "remove ID",
