@@ -59,11 +59,11 @@ class CellsAndPm : public ProgramFixture {
             if (result.is_object() && result.size() == 1)
                 result = result.begin().value();
             if (expected.empty() || expected[0] != '!') {
-                EXPECT_EQ(a[i].value("code", "OrlOk"), "OrlOk") << a[i];
-                EXPECT_TRUE(expected.empty() ||
-                            expand(expected) ==
-                                (result.is_string() ? std::string(result) : result.dump()))
-                    << a[i];
+                EXPECT_TRUE(a[i].value("ok", false)) << a[i];
+                if (!expected.empty()) {
+                    EXPECT_EQ(result.is_string() ? std::string(result) : result.dump(),
+                              expand(expected));
+                }
                 continue;
             }
             // Refused by the agent with a message or a reason, or by the host with an error.
