@@ -15,14 +15,16 @@ using namespace vesk::e2e;
 
 const std::string kEp = "ManagedElement=1,SystemFunctions=1,PmEventM=1,EventProducer=Lrat";
 
-// $F an FDD cell, $W a WCDMA cell, $J an event job, $E the event producer, $P the PM function.
+// $F an FDD cell, $W a WCDMA cell, $J an event job, $E the event producer, $P the PM function,
+// $N the LTE node.
 std::string expand(std::string text) {
     const std::pair<const char*, std::string> names[] = {
         {"$F", kEnb + ",EUtranCellFDD="},
         {"$W", "ManagedElement=1,NodeBFunction=1,NodeBLocalCellGroup=1,NodeBLocalCell="},
         {"$J", kEp + ",EventJob="},
         {"$E", kEp},
-        {"$P", "ManagedElement=1,SystemFunctions=1,Pm=1"}};
+        {"$P", "ManagedElement=1,SystemFunctions=1,Pm=1"},
+        {"$N", kEnb}};
     for (const auto& [name, value] : names) {
         for (size_t at = text.find(name); at != std::string::npos; at = text.find(name, at))
             text.replace(at, 2, value);
@@ -94,6 +96,12 @@ TEST_F(CellsAndPm, PrioritiesFollowLocksUnlocksAndDeletionsAndTheModeFollowsTheC
          {"opmode", "hc_lte"},
          {"set $W2 administrativeState UNLOCKED", ""},
          {"opmode", "mixed"},
+         // A new locked cell is not in use; the commit stores its 5 GHz channel in the low form
+         // and its CDMA2000 system time.
+         {"create $N EUtranCellTDD=2 cellId=9 earfcn=261894 initCdma2000SysTimeType=1", ""},
+         {"get $N,EUtranCellTDD=2 priority", "10"},
+         {"get $N,EUtranCellTDD=2 earfcn", "53540"},
+         {"get $N,EUtranCellTDD=2 bcCdma2000SysTimeType", "1"},
          {"delete $F1", ""},
          {"get $F3 priority", "1"},
          {"get $W2 priority", "2"},

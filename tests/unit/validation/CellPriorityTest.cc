@@ -1,7 +1,7 @@
 // Cell priorities and the operation mode: each row is the cells before, what one transaction does
-// to them (each change preceded by the rule, as the front calls it), the commit stage, and the
-// committed priorities and next operation mode after; the rows are the edges the end-to-end
-// sessions do not reach. Then the mending of LTE cells at commit.
+// to them (the rule before each change, as the front calls it), the commit stage, and the
+// committed priorities and next operation mode after; the edges the sessions through vesk-host
+// do not reach.
 #include <gtest/gtest.h>
 
 #include <sstream>
@@ -66,10 +66,6 @@ struct Row {
     const char* mode;
 };
 
-void PrintTo(const Row& row, std::ostream* out) {
-    *out << row.name;
-}
-
 class CellPriority : public vesk::dbtest::DatabaseTest, public ::testing::WithParamInterface<Row> {
   protected:
     void SetUp() override {
@@ -121,8 +117,6 @@ INSTANTIATE_TEST_SUITE_P(
     ::testing::Values(Row{"FirstUnlockedCellOfAnEmptyNode", "F1:10l", "u:F1", "F1:1", "hc_lte"},
                       Row{"GapsCloseAtTheModeCheck", "F1:1u F2:2u F3:4u W1:10l", "",
                           "F1:1 F2:2 F3:3 W1:10", "hc_lte"},
-                      Row{"ResourcesRankAheadOfUnlockedCellsWithout", "F1:1u+ F2:2u T1:10l+",
-                          "u:T1", "F1:1 F2:3 T1:2", "hc_lte"},
                       Row{"UnlockedRanksAheadOfALockedCellStillRanked", "F1:1u F2:2l F3:10l",
                           "u:F3", "F1:1 F2:10 F3:2", "hc_lte"},
                       Row{"OnATieTheLastClassWinsAndTheLosersKeepTheirValue",
@@ -130,19 +124,5 @@ INSTANTIATE_TEST_SUITE_P(
                       Row{"CreatedCellsArePlacedByTheirState", "F1:1u+ W1:2u+ F3:-l",
                           "c:T1u c:F2l u:F3", "F1:1 F2:10 F3:4 T1:3 W1:2", "mixed"}),
     [](const ::testing::TestParamInfo<Row>& info) { return info.param.name; });
-
-// The commit stage gives each LTE cell its CDMA2000 system time and the low form of its channel.
-TEST_F(CellPriority, CommitMendsLteCells) {
-    putDn(dnOf("F1"), {number("initCdma2000SysTimeType", 1), number("earfcndl", 255244)});
-    putDn(dnOf("T1"), {number("initCdma2000SysTimeType", -1), number("bcCdma2000SysTimeType", 0),
-                       number("earfcn", 261894)});
-    const int h = IDatabase::transaction(IPCData::OP_TX_OPEN, 0, false);
-    VeskCellPriority::instance()->validateCell(h);
-    ASSERT_EQ(IDatabase::transaction(IPCData::OP_TX_COMMIT, h, false), 1);
-    EXPECT_EQ(committedString(dnOf("F1"), "bcCdma2000SysTimeType"), "1");
-    EXPECT_EQ(committedString(dnOf("F1"), "earfcndl"), "46890");
-    EXPECT_EQ(committedString(dnOf("T1"), "bcCdma2000SysTimeType"), "0");
-    EXPECT_EQ(committedString(dnOf("T1"), "earfcn"), "53540");
-}
 
 }  // namespace
