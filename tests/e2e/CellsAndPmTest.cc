@@ -115,7 +115,9 @@ TEST_F(CellsAndPm, JobsAreHeldToWhatTheStationCanDo) {
     const std::string running =
         "!EventJob (currentJobState) is not in stopped state, operation is not allowed.";
     run({
-        {"create $P PmJob=hourly reportingPeriod=ONE_MIN",
+        // Only the first period given is judged.
+        {"create $P PmJob=quarter granularityPeriod=FIVE_MIN reportingPeriod=ONE_MIN", ""},
+        {"create $P PmJob=hourly reportingPeriod=ONE_MIN granularityPeriod=FIVE_MIN",
          "!VeskPMOI::validateReportingPeriod Unsupported reportingPeriod set"},
         {"set $P,PmJob=cellTraffic granularityPeriod TEN_SECONDS",
          "!VeskPMOI::validateGranularityPeriod Unsupported granularityPeriod set"},
