@@ -33,9 +33,6 @@ std::string keyOf(const std::string& name) {
 std::string dnOf(const std::string& name) {
     return (name[0] == 'W' ? kGroup : kEnb) + "," + keyOf(name);
 }
-Attribute* number(const char* name, int value) {
-    return attr(name, AttributeVariant(value), IPCData::AVT_INT32);
-}
 std::vector<std::string> words(const std::string& text) {
     std::istringstream in(text);
     std::vector<std::string> out;
@@ -50,7 +47,8 @@ void putCell(const std::string& text, int handle) {
     const std::string name = text.substr(0, colon), rest = text.substr(colon + 1);
     const std::string dn = dnOf(name);
     putDn(dn,
-          {number("administrativeState", rest.find('u') != std::string::npos ? 1 : 0),
+          {attr("administrativeState",
+                AttributeVariant(rest.find('u') != std::string::npos ? 1 : 0), IPCData::AVT_INT32),
            attr("resourcesAllocated", AttributeVariant(rest.back() == '+'), IPCData::AVT_BOOL)},
           handle);
     if (rest[0] != '-')
