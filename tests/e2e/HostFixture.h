@@ -59,9 +59,10 @@ inline std::string slurp(const std::string& path) {
     return text.str();
 }
 
-// Polls `done` for up to five seconds.
+// Polls `done` for up to twenty seconds (a loaded machine is slow, a passing test never waits
+// that long).
 inline bool eventually(const std::function<bool()>& done) {
-    for (int i = 0; i < 500 && !done(); ++i) {
+    for (int i = 0; i < 2000 && !done(); ++i) {
         std::this_thread::sleep_for(std::chrono::milliseconds(10));
     }
     return done();
