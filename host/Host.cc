@@ -16,6 +16,8 @@ namespace {
 const OrlStateChangeReason kReasonHost = 0;
 // How long each stage of a settle may take, in milliseconds.
 const unsigned kSettleMs = 2000;
+// The fault manager's table, in the state directory.
+const char kFaultManagerFile[] = "fault-manager.json";
 
 }  // namespace
 
@@ -33,6 +35,7 @@ Host::Host() : _plugin(new PluginLoader), _implementers(new oi::Implementers(*th
 Host::~Host() {
     stop();
     unload();
+    _faultManager.reset();
     if (_stateOpen) {
         vesk::db::close();
     }
@@ -52,6 +55,8 @@ bool Host::openState(const std::string& directory, std::string* error, bool crea
         return false;
     }
     _stateOpen = true;
+    _faultManager.reset(new peers::FaultManager(directory + "/" + kFaultManagerFile));
+    _faultManager->attach();
     return true;
 }
 

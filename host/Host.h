@@ -22,6 +22,7 @@
 #include "host/model/ModelRepository.h"
 #include "host/model/ModelSchema.h"
 #include "host/oi/Implementers.h"
+#include "host/peers/FaultManager.h"
 #include "platform/orl/OrlOamSpi.h"
 
 namespace vesk {
@@ -113,6 +114,9 @@ class Host {
     Sessions& sessions() { return _sessions; }
     // The host's own object implementers; they are unregistered at stop and unload.
     oi::Implementers& implementers() { return *_implementers; }
+    // The station's fault manager, made when the state opens (its table is kept there) and
+    // kept across restarts of the agent; null before.
+    peers::FaultManager* faultManager() { return _faultManager.get(); }
 
   private:
     void* agentRecord(const char* interfaceName, const char* version);
@@ -129,6 +133,7 @@ class Host {
     std::unique_ptr<PluginLoader> _plugin;
     std::string _agent;
     bool _stateOpen = false;
+    std::unique_ptr<peers::FaultManager> _faultManager;
     std::unique_ptr<oi::Implementers> _implementers;  // last: it calls the records above
 };
 

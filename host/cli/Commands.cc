@@ -5,6 +5,7 @@
 #include <cstdlib>
 #include <memory>
 
+#include "host/cli/AlarmCommands.h"
 #include "host/cli/Shell.h"
 #include "host/cli/WatchCommands.h"
 #include "host/cli/WriteCommands.h"
@@ -167,6 +168,9 @@ const std::vector<Command>& commandTable() {
          "print change notifications of the MOs whose dn matches REGEX (all without one)", 0, 1,
          runWatch},
         {"unwatch", "[N]", "end watch N (all without N)", 0, 1, runUnwatch},
+        {"alarms", "[history | refuse | accept]",
+         "the fault manager's active faults, their history, or whether it takes notifications", 0,
+         1, runAlarms},
         {"status", "", "show the open transaction, the session, the components and the consumers",
          0, 0, runStatus},
         {"help", "[COMMAND]", "list the commands", 0, 1, runHelp},
