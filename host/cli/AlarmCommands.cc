@@ -1,5 +1,6 @@
 #include "host/cli/AlarmCommands.h"
 
+#include "host/Host.h"
 #include "host/cli/Shell.h"
 #include "host/peers/FaultManager.h"
 
@@ -18,71 +19,46 @@ std::string faultText(int32_t code) {
     return std::to_string(code) + (name.empty() ? "" : " " + name);
 }
 
-Json activeJson(const ActiveFault& fault, bool json) {
-    if (!json) {
-        return faultText(fault.code) + " on " + fault.cell + ", class " +
-               std::to_string(fault.faultClass) + ", raised " + fault.raised;
-    }
-    return Json{{"code", fault.code},
-                {"name", FaultManager::faultName(fault.code)},
-                {"class", fault.faultClass},
-                {"cell", fault.cell},
-                {"raised", fault.raised}};
+std::string activeLine(const ActiveFault& fault) {
+    return faultText(fault.code) + " on " + fault.cell + ", class " +
+           std::to_string(fault.faultClass) + ", raised " + fault.raised;
 }
 
-Json eventJson(const FaultEvent& event, bool json) {
-    const std::string kind = event.state == 1 ? "raise" : "clear";
-    if (!json) {
-        return event.time + " " + kind + " " + faultText(event.code) + " on " + event.cell +
-               ", class " + std::to_string(event.faultClass) + ": " + event.outcome;
-    }
-    return Json{{"time", event.time},        {"event", kind},
-                {"code", event.code},        {"name", FaultManager::faultName(event.code)},
-                {"class", event.faultClass}, {"cell", event.cell},
-                {"outcome", event.outcome}};
-}
-
-void noteRefusing(const FaultManager& manager, Answer* answer) {
-    if (manager.refusing()) {
-        answer->notes.push_back("the fault manager refuses fault notifications");
-    }
+std::string eventLine(const FaultEvent& event) {
+    return event.time + " " + (event.state == 1 ? "raise " : "clear ") + faultText(event.code) +
+           " on " + event.cell + ", class " + std::to_string(event.faultClass) + ": " +
+           event.outcome;
 }
 
 }  // namespace
 
 void runAlarms(Shell& shell, const std::vector<std::string>& args, Answer* answer) {
     FaultManager* manager = shell.host().faultManager();
-    if (manager == nullptr) {
-        answer->error = "no fault manager: the station's state is not open";
+    const bool history = !args.empty() && args[0] == "history";
+    if (!args.empty() && !history) {
+        answer->error = "unknown alarms command '" + args[0] + "': alarms [history]";
         return;
     }
-    const std::string verb = args.empty() ? "" : args[0];
+    if (manager == nullptr) {
+        answer->error = "the host plays no fault manager";
+        return;
+    }
     const bool json = shell.options().json;
     answer->data = Json::array();
-    if (verb.empty()) {
-        noteRefusing(*manager, answer);
-        for (const ActiveFault& fault : manager->active()) {
-            answer->data.push_back(activeJson(fault, json));
-        }
-        if (answer->data.empty()) {
-            answer->notes.push_back("no active faults");
-        }
-    } else if (verb == "history") {
-        noteRefusing(*manager, answer);
+    if (manager->behaviour() == "refuse") {
+        answer->notes.push_back("the fault manager refuses fault notifications");
+    }
+    if (history) {
         for (const FaultEvent& event : manager->history()) {
-            answer->data.push_back(eventJson(event, json));
+            answer->data.push_back(json ? FaultManager::toJson(event) : Json(eventLine(event)));
         }
-        if (answer->data.empty()) {
-            answer->notes.push_back("no fault notifications received");
-        }
-    } else if (verb == "refuse" || verb == "accept") {
-        manager->setRefusing(verb == "refuse");
-        answer->data = nullptr;
-        answer->notes.push_back(verb == "refuse" ? "the fault manager refuses fault notifications"
-                                                 : "the fault manager takes fault notifications");
     } else {
-        answer->data = nullptr;
-        answer->error = "unknown alarms command '" + verb + "': alarms [history | refuse | accept]";
+        for (const ActiveFault& fault : manager->active()) {
+            answer->data.push_back(json ? FaultManager::toJson(fault) : Json(activeLine(fault)));
+        }
+    }
+    if (answer->data.empty()) {
+        answer->notes.push_back(history ? "no fault notifications received" : "no active faults");
     }
 }
 

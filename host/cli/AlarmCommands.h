@@ -1,6 +1,6 @@
 // The command line's view of the station's fault manager: `alarms` lists the active faults,
-// `alarms history` the raises and clears it was told of, `alarms refuse` and `alarms accept` make
-// it refuse or take the fault notifications that follow.
+// `alarms history` the raises and clears it was told of. Whether it takes notifications is set
+// as for every peer, with `peer fault record|refuse`.
 #pragma once
 
 #include <string>
@@ -14,7 +14,7 @@ namespace cli {
 
 class Shell;
 
-// alarms [history | refuse | accept]
+// alarms [history]
 void runAlarms(Shell& shell, const std::vector<std::string>& args, Answer* answer);
 
 }  // namespace cli

@@ -1,122 +1,61 @@
 #include "host/peers/FaultManager.h"
 
-#include <Poco/DateTimeFormat.h>
-#include <Poco/DateTimeFormatter.h>
-#include <Poco/Timestamp.h>
-
 #include <algorithm>
 #include <filesystem>
 #include <fstream>
-#include <nlohmann/json.hpp>
 
 #include "platform/Logger.h"
 #include "platform/VeskMessages.h"
-#include "station/messages/MessageBus.h"
-#include "station/messages/MessageCodec.h"
 
 namespace vesk {
 namespace host {
 namespace peers {
-namespace {
 
-using Json = nlohmann::ordered_json;
+FaultManager::FaultManager() : Peer(kName, 3, {"record", "refuse"}) {}
 
-std::string now() {
-    return Poco::DateTimeFormatter::format(Poco::Timestamp(),
-                                           Poco::DateTimeFormat::ISO8601_FRAC_FORMAT);
-}
-
-Json toJson(const ActiveFault& fault) {
-    return Json{{"code", fault.code},
-                {"class", fault.faultClass},
-                {"cell", fault.cell},
-                {"raised", fault.raised}};
-}
-
-Json toJson(const FaultEvent& event) {
-    return Json{{"time", event.time},        {"code", event.code}, {"state", event.state},
-                {"class", event.faultClass}, {"cell", event.cell}, {"outcome", event.outcome}};
-}
-
-ActiveFault activeFrom(const Json& json) {
-    return ActiveFault{json.at("code").get<int32_t>(), json.at("class").get<int32_t>(),
-                       json.at("cell").get<std::string>(), json.at("raised").get<std::string>()};
-}
-
-FaultEvent eventFrom(const Json& json) {
-    return FaultEvent{json.at("time").get<std::string>(), json.at("code").get<int32_t>(),
-                      json.at("state").get<int32_t>(),    json.at("class").get<int32_t>(),
-                      json.at("cell").get<std::string>(), json.at("outcome").get<std::string>()};
-}
-
-}  // namespace
-
-FaultManager::FaultManager(const std::string& file) : _file(file) {
+void FaultManager::keepIn(const std::string& file) {
+    std::lock_guard<std::mutex> lock(_tableMutex);
+    _file = file;
+    _active.clear();
+    _history.clear();
     load();
 }
 
-FaultManager::~FaultManager() {
-    detach();
-}
-
-void FaultManager::attach() {
-    vesk::station::registerComponent(kDestination, [this](int, const uint8_t* data, size_t size,
-                                                          int) { return receive(data, size); });
-    std::lock_guard<std::mutex> lock(_mutex);
-    _attached = true;
-}
-
-void FaultManager::detach() {
-    {
-        std::lock_guard<std::mutex> lock(_mutex);
-        if (!_attached) {
-            return;
-        }
-        _attached = false;
+bool FaultManager::receive(const VESK::Messages::SerializableMessage& message, int flag) {
+    auto* fault = dynamic_cast<const VESK::Messages::VESK_FaultNotification*>(&message);
+    if (fault == nullptr) {
+        return Peer::receive(message, flag);
     }
-    // Waits for a call in progress, which takes the mutex.
-    vesk::station::unregisterComponent(kDestination);
-}
-
-bool FaultManager::receive(const uint8_t* data, size_t size) {
-    std::string error;
-    std::unique_ptr<VESK::Messages::SerializableMessage> message =
-        VESK::Messages::decodeMessage(data, size, error);
-    if (message == nullptr) {
-        VESK_ERROR("fault manager: cannot decode a message: %s", error.c_str());
+    if (fault->faultState != 0 && fault->faultState != 1) {
+        VESK_ERROR("peer fault: fault %d of %s has state %d, neither raise (1) nor clear (0)",
+                   fault->faultId, fault->additionalText.c_str(), fault->faultState);
         return false;
     }
-    if (message->messageId != VESK::Messages::VESK_FaultNotification::MESSAGE_ID) {
-        VESK_ERROR("fault manager: message %u is no fault notification", message->messageId);
-        return false;
+    const bool refused = behaviour() == "refuse";
+    std::lock_guard<std::mutex> lock(_tableMutex);
+    const std::string time = timeText();
+    const std::string outcome = refused ? "refused"
+                                        : apply(fault->faultId, fault->faultState,
+                                                fault->faultClass, fault->additionalText, time);
+    _history.push_back(FaultEvent{time, fault->faultId, fault->faultState, fault->faultClass,
+                                  fault->additionalText, outcome});
+    if (_history.size() > kHistoryLimit) {
+        _history.erase(_history.begin(), _history.end() - kHistoryLimit);
     }
-    const auto& notification = static_cast<const VESK::Messages::VESK_FaultNotification&>(*message);
-    if (notification.faultState != 0 && notification.faultState != 1) {
-        VESK_ERROR("fault manager: fault %d of %s has state %d, neither raise (1) nor clear (0)",
-                   notification.faultId, notification.additionalText.c_str(),
-                   notification.faultState);
-        return false;
-    }
-    std::lock_guard<std::mutex> lock(_mutex);
-    const std::string time = now();
-    const std::string outcome = _refusing ? "refused" : apply(notification, time);
-    record(FaultEvent{time, notification.faultId, notification.faultState, notification.faultClass,
-                      notification.additionalText, outcome});
     save();
-    return !_refusing;
+    return !refused;
 }
 
-std::string FaultManager::apply(const VESK::Messages::VESK_FaultNotification& notification,
-                                const std::string& time) {
+std::string FaultManager::apply(int32_t code, int32_t state, int32_t faultClass,
+                                const std::string& cell, const std::string& time) {
     auto found = std::find_if(_active.begin(), _active.end(), [&](const ActiveFault& fault) {
-        return fault.code == notification.faultId && fault.cell == notification.additionalText;
+        return fault.code == code && fault.cell == cell;
     });
-    if (notification.faultState == 1) {
+    if (state == 1) {
         if (found != _active.end()) {
             return "already active";
         }
-        _active.push_back(ActiveFault{notification.faultId, notification.faultClass,
-                                      notification.additionalText, time});
+        _active.push_back(ActiveFault{code, faultClass, cell, time});
         return "raised";
     }
     if (found == _active.end()) {
@@ -126,30 +65,29 @@ std::string FaultManager::apply(const VESK::Messages::VESK_FaultNotification& no
     return "cleared";
 }
 
-void FaultManager::record(const FaultEvent& event) {
-    _history.push_back(event);
-    if (_history.size() > kHistoryLimit) {
-        _history.erase(_history.begin(), _history.end() - kHistoryLimit);
+Json FaultManager::show() const {
+    std::lock_guard<std::mutex> lock(_tableMutex);
+    return tableJson();
+}
+
+Json FaultManager::tableJson() const {
+    Json table{{"active", Json::array()}, {"history", Json::array()}};
+    for (const ActiveFault& fault : _active) {
+        table["active"].push_back(toJson(fault));
     }
-}
-
-void FaultManager::setRefusing(bool refusing) {
-    std::lock_guard<std::mutex> lock(_mutex);
-    _refusing = refusing;
-}
-
-bool FaultManager::refusing() const {
-    std::lock_guard<std::mutex> lock(_mutex);
-    return _refusing;
+    for (const FaultEvent& event : _history) {
+        table["history"].push_back(toJson(event));
+    }
+    return table;
 }
 
 std::vector<ActiveFault> FaultManager::active() const {
-    std::lock_guard<std::mutex> lock(_mutex);
+    std::lock_guard<std::mutex> lock(_tableMutex);
     return _active;
 }
 
 std::vector<FaultEvent> FaultManager::history() const {
-    std::lock_guard<std::mutex> lock(_mutex);
+    std::lock_guard<std::mutex> lock(_tableMutex);
     return _history;
 }
 
@@ -164,28 +102,48 @@ std::string FaultManager::faultName(int32_t code) {
     }
 }
 
+Json FaultManager::toJson(const ActiveFault& fault) {
+    return Json{{"code", fault.code},
+                {"name", faultName(fault.code)},
+                {"class", fault.faultClass},
+                {"cell", fault.cell},
+                {"raised", fault.raised}};
+}
+
+Json FaultManager::toJson(const FaultEvent& event) {
+    return Json{{"time", event.time},        {"event", event.state == 1 ? "raise" : "clear"},
+                {"code", event.code},        {"name", faultName(event.code)},
+                {"class", event.faultClass}, {"cell", event.cell},
+                {"outcome", event.outcome}};
+}
+
 void FaultManager::load() {
     std::error_code code;
-    if (_file.empty() || !std::filesystem::exists(_file, code)) {
+    if (!std::filesystem::exists(_file, code)) {
         return;
     }
     try {
-        std::ifstream in(_file);
-        const Json json = Json::parse(in);
+        const Json json = Json::parse(std::ifstream(_file));
         std::vector<ActiveFault> active;
         std::vector<FaultEvent> history;
         for (const Json& fault : json.at("active")) {
-            active.push_back(activeFrom(fault));
+            active.push_back(ActiveFault{
+                fault.at("code").get<int32_t>(), fault.at("class").get<int32_t>(),
+                fault.at("cell").get<std::string>(), fault.at("raised").get<std::string>()});
         }
         for (const Json& event : json.at("history")) {
-            history.push_back(eventFrom(event));
+            history.push_back(
+                FaultEvent{event.at("time").get<std::string>(), event.at("code").get<int32_t>(),
+                           event.at("event").get<std::string>() == "raise" ? 1 : 0,
+                           event.at("class").get<int32_t>(), event.at("cell").get<std::string>(),
+                           event.at("outcome").get<std::string>()});
         }
         _active = std::move(active);
         _history = std::move(history);
     } catch (const std::exception& failure) {
         // Put aside, not overwritten: what it held stays for the operator to look at.
         std::filesystem::rename(_file, _file + ".unreadable", code);
-        VESK_ERROR("fault manager: cannot read %s (%s): moved to %s.unreadable, no faults known",
+        VESK_ERROR("peer fault: cannot read %s (%s): moved to %s.unreadable, no faults known",
                    _file.c_str(), failure.what(), _file.c_str());
     }
 }
@@ -194,28 +152,19 @@ void FaultManager::save() const {
     if (_file.empty()) {
         return;
     }
-    Json json = Json::object();
-    json["active"] = Json::array();
-    json["history"] = Json::array();
-    for (const ActiveFault& fault : _active) {
-        json["active"].push_back(toJson(fault));
-    }
-    for (const FaultEvent& event : _history) {
-        json["history"].push_back(toJson(event));
-    }
     // Written aside and renamed, so that the file holds the old table or the new one.
     const std::string written = _file + ".new";
     std::ofstream out(written, std::ios::trunc);
-    out << json.dump() << "\n";
+    out << tableJson().dump() << "\n";
     out.close();
     std::error_code code;
     if (!out) {
-        VESK_ERROR("fault manager: cannot write %s", written.c_str());
+        VESK_ERROR("peer fault: cannot write %s", written.c_str());
         return;
     }
     std::filesystem::rename(written, _file, code);
     if (code) {
-        VESK_ERROR("fault manager: cannot replace %s: %s", _file.c_str(), code.message().c_str());
+        VESK_ERROR("peer fault: cannot replace %s: %s", _file.c_str(), code.message().c_str());
     }
 }
 

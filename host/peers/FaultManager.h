@@ -1,16 +1,14 @@
-// The station's fault manager as a peer of the reference host. It is the component of
-// destination 3: it decodes the fault notifications sent there, keeps the table of active
-// faults (code, class, cell, time raised) and the history of raises and clears, and keeps both
-// in a file of the state directory, so that they outlive a restart of the agent inside the host
-// and of the host itself. The agent's own lists of raised faults live in its memory only; after
-// a restart it sends no clear for a fault it raised before, so the table keeps what the fault
-// manager was told.
+// The station's fault manager, destination 3: decodes the fault notifications sent there, keeps
+// the table of active faults (code, class, cell, time raised) and the history of raises and
+// clears, and keeps both in a file of the state directory, so that they outlive a restart of
+// the agent inside the host and of the host itself. The agent's own lists of raised faults live
+// in its memory only; after a restart it sends no clear for a fault it raised before, so the
+// table keeps what the fault manager was told. `record` (the default) or `refuse` (the send
+// fails; the refused notification is noted in the history and changes nothing else). `show`
+// gives the table and the history.
 //
-// It can be set to refuse notifications (the send then fails at the agent); a refused one is
-// noted in the history and changes nothing else.
-//
-// Threads: receive() runs on the sender's thread (an agent's commit); the readers and setters on
-// any other. One mutex guards the table, the history and the file.
+// Threads: receive runs on the sender's thread (an agent's commit); the readers on any other.
+// One mutex guards the table, the history and the file.
 #pragma once
 
 #include <cstddef>
@@ -19,11 +17,7 @@
 #include <string>
 #include <vector>
 
-namespace VESK {
-namespace Messages {
-class VESK_FaultNotification;
-}  // namespace Messages
-}  // namespace VESK
+#include "host/peers/Peer.h"
 
 namespace vesk {
 namespace host {
@@ -33,11 +27,11 @@ struct ActiveFault {
     int32_t code = 0;
     int32_t faultClass = 0;
     std::string cell;    // the notification's additional text: the cell's dn
-    std::string raised;  // UTC, ISO 8601 with microseconds
+    std::string raised;  // UTC, as timeText()
 };
 
 struct FaultEvent {
-    std::string time;  // UTC, ISO 8601 with microseconds
+    std::string time;  // UTC, as timeText()
     int32_t code = 0;
     int32_t state = 0;  // as received: 1 raise, 0 clear
     int32_t faultClass = 0;
@@ -47,31 +41,25 @@ struct FaultEvent {
     std::string outcome;
 };
 
-class FaultManager {
+class FaultManager : public Peer {
   public:
-    static constexpr int kDestination = 3;
+    static constexpr const char* kName = "fault";
     // The history keeps this many events, the latest.
     static constexpr size_t kHistoryLimit = 1000;
 
-    // Keeps its table in `file` ("" for memory only) and reads what the file holds. A file that
+    // Starts with an empty table, kept in memory only.
+    FaultManager();
+
+    // From now on keeps its table in `file`, first reading what the file holds. A file that
     // cannot be read is put aside as FILE.unreadable, with an error line; the table then starts
     // empty.
-    explicit FaultManager(const std::string& file);
-    // Detaches.
-    ~FaultManager();
-    FaultManager(const FaultManager&) = delete;
-    FaultManager& operator=(const FaultManager&) = delete;
+    void keepIn(const std::string& file);
 
-    // Becomes (stops being) the component of destination 3 on the station's message bus.
-    void attach();
-    void detach();
-
-    // Takes the bytes of one message. False, with an error line, for bytes that do not decode,
-    // a message that is no fault notification or a state other than 0 and 1, and while refusing.
-    bool receive(const uint8_t* data, size_t size);
-
-    void setRefusing(bool refusing);
-    bool refusing() const;
+    // False, with an error line, for a message that is no fault notification or a state other
+    // than 0 and 1, and while refusing.
+    bool receive(const VESK::Messages::SerializableMessage& message, int flag) override;
+    // {"active": [...], "history": [...]}, as `alarms --json` gives them.
+    Json show() const override;
 
     // The active faults in the order raised, and the history, oldest first.
     std::vector<ActiveFault> active() const;
@@ -79,19 +67,20 @@ class FaultManager {
 
     // The name of a fault code the station raises ("VeskFault_IllegalCellBandwidthChange"), or "".
     static std::string faultName(int32_t code);
+    static Json toJson(const ActiveFault& fault);
+    static Json toJson(const FaultEvent& event);
 
   private:
-    // Applies one notification at `time`; the outcome for the history.
-    std::string apply(const VESK::Messages::VESK_FaultNotification& notification,
+    // Applies one raise or clear at `time`; the outcome for the history.
+    std::string apply(int32_t code, int32_t state, int32_t faultClass, const std::string& cell,
                       const std::string& time);
-    void record(const FaultEvent& event);
+    // The table and the history as show() gives them; the caller holds _tableMutex.
+    Json tableJson() const;
     void load();
     void save() const;
 
-    const std::string _file;
-    mutable std::mutex _mutex;
-    bool _attached = false;
-    bool _refusing = false;
+    mutable std::mutex _tableMutex;
+    std::string _file;
     std::vector<ActiveFault> _active;
     std::vector<FaultEvent> _history;
 };
