@@ -16,6 +16,8 @@ namespace {
 const OrlStateChangeReason kReasonHost = 0;
 // How long each stage of a settle may take, in milliseconds.
 const unsigned kSettleMs = 2000;
+// The fault manager's table, in the state directory.
+const char kFaultManagerFile[] = "fault-manager.json";
 
 }  // namespace
 
@@ -29,6 +31,7 @@ Host::Host() : _plugin(new PluginLoader), _implementers(new oi::Implementers(*th
     _portal.addService(&_stubs.repository3()->header);
     _portal.addService(&_events.record()->header);
     peers::addStationPeers(*this, _peers);
+    _faultManager = dynamic_cast<peers::FaultManager*>(_peers.find(peers::FaultManager::kName));
 }
 
 Host::~Host() {
@@ -53,6 +56,9 @@ bool Host::openState(const std::string& directory, std::string* error, bool crea
         return false;
     }
     _stateOpen = true;
+    if (_faultManager != nullptr) {
+        _faultManager->keepIn(directory + "/" + kFaultManagerFile);
+    }
     return true;
 }
 

@@ -25,6 +25,7 @@
 #include "host/model/ModelRepository.h"
 #include "host/model/ModelSchema.h"
 #include "host/oi/Implementers.h"
+#include "host/peers/FaultManager.h"
 #include "host/peers/Peers.h"
 #include "platform/orl/OrlOamSpi.h"
 
@@ -132,6 +133,9 @@ class Host {
     oi::Implementers& implementers() { return *_implementers; }
     // The station's components the host plays.
     peers::Peers& peers() { return _peers; }
+    // The fault manager among the peers; it keeps its table in the state directory once one is
+    // open.
+    peers::FaultManager* faultManager() { return _faultManager; }
 
   private:
     void* agentRecord(const char* interfaceName, const char* version);
@@ -160,6 +164,7 @@ class Host {
     std::mutex _deferredMutex;
     std::vector<Deferred> _deferred;
     peers::Peers _peers;
+    peers::FaultManager* _faultManager = nullptr;     // one of _peers
     std::unique_ptr<oi::Implementers> _implementers;  // last: it calls the records above
 };
 

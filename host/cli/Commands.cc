@@ -6,6 +6,7 @@
 #include <memory>
 
 #include "host/cli/ActionCommands.h"
+#include "host/cli/AlarmCommands.h"
 #include "host/cli/Shell.h"
 #include "host/cli/WatchCommands.h"
 #include "host/cli/WriteCommands.h"
@@ -201,6 +202,9 @@ const std::vector<Command>& commandTable() {
          "print change notifications of the MOs whose dn matches REGEX (all without one)", 0, 1,
          runWatch},
         {"unwatch", "[N]", "end watch N (all without N)", 0, 1, runUnwatch},
+        {"alarms", "[history]",
+         "show the fault manager's active faults, or the raises and clears it was told of", 0, 1,
+         runAlarms},
         {"notifications", "[N] [REGEX]",
          "show the last N (10) notifications the host kept whose dn matches REGEX", 0, 2,
          runNotifications},

@@ -2,6 +2,7 @@
 #include <memory>
 
 #include "host/peers/AutoIntegrationLog.h"
+#include "host/peers/FaultManager.h"
 #include "host/peers/Peers.h"
 #include "host/peers/ResetComponent.h"
 #include "host/peers/SecurityComponent.h"
@@ -14,6 +15,7 @@ namespace peers {
 void addStationPeers(Host& host, Peers& peers) {
     peers.add(std::make_unique<ResetComponent>(host));
     peers.add(std::make_unique<AutoIntegrationLog>());
+    peers.add(std::make_unique<FaultManager>());
     peers.add(std::make_unique<WifiModule>());
     peers.add(std::make_unique<SecurityComponent>());
 }

@@ -6,6 +6,7 @@
 #include "platform/Logger.h"
 #include "platform/Messaging.h"
 #include "platform/VeskMessages.h"
+#include "transaction/Band46Channels.h"
 #include "transaction/VeskDBTransaction.h"
 
 namespace TibVeskCM {
@@ -14,19 +15,6 @@ namespace {
 
 // Destination of the auto-integration log.
 const int kAutointegrationLogDestination = 8;
-
-// The high channel numbers of band 46 are rewritten elsewhere before they reach the database, so
-// a reference carrying one of them is never checked.
-const char* const kBand46HighChannels[] = {"255244", "255444", "255644", "255844", "256044",
-                                           "261094", "261294", "261494", "261694", "261894"};
-
-bool namesBand46HighChannel(const std::string& reference) {
-    for (const char* channel : kBand46HighChannels) {
-        if (reference.find(channel) != std::string::npos)
-            return true;
-    }
-    return false;
-}
 
 void writeAutointegrationLog(const std::string& dn, const std::string& attributeName) {
     VESK::Messages::VESK_WriteAutointegrationLog message;
@@ -38,7 +26,9 @@ void writeAutointegrationLog(const std::string& dn, const std::string& attribute
 
 void VeskDBTransaction::addToReferenceList(std::string dn, std::string attributeName,
                                            std::string reference) {
-    if (namesBand46HighChannel(reference)) {
+    // The high channel numbers of band 46 are rewritten at commit before they reach the database,
+    // so a reference carrying one of them is never checked.
+    if (band46HighIn(reference) != nullptr) {
         VESK_TRACE("Reference %s not added to reference list", reference.c_str());
         return;
     }

@@ -115,13 +115,6 @@ void VeskLTEOI::raiseLoadBalancingFlag(const char* rule, const char* dn, const c
     updateLoadBalancingFlag(true, VeskOI::getVeskOI()->getVeskDatabaseTransactionId(aTxHandle));
 }
 
-int VeskLTEOI::commit(unsigned long aTxHandle) {
-    // The commit checks of the notes land with their own change; until then the commit passes
-    // and the notes of the transaction are dropped, so that nothing piles up.
-    abort(aTxHandle);
-    return OrlOk;
-}
-
 void VeskLTEOI::abort(unsigned long aTxHandle) {
     removeFirst(_bandwidthCheckTxs, aTxHandle);
     removeFirst(_carrierAggregationCheckTxs, aTxHandle);

@@ -3,7 +3,9 @@
 // (VeskLTEOIMme.cc), cell relations, cells, carrier aggregation, WiFi channel selection, QCI
 // profiles and external cells (VeskLTEOICells.cc). A rule answers OrlOk or OrlValidationFailed
 // at once, with one log line that says why, or notes the transaction for the commit stage. The
-// deletion checks that the commit stage runs are here too.
+// deletion checks that the commit stage runs are here too (VeskLTEOI.cc, VeskLTEOIFrequencies.cc);
+// the commit stage itself in VeskLTEOICommit.cc, its candidate channels in VeskLTEOIChannels.cc
+// and the band 46 normalisation in VeskLTEOIBand46.cc.
 //
 // Reads go through the transaction's database transaction, so that they see its own changes,
 // unless a rule says otherwise. A value that cannot be read is no failure: the rule's start
@@ -19,6 +21,7 @@
 #include <string>
 #include <utility>
 
+#include "platform/DBObject.h"
 #include "platform/orl/OrlAttributeValue.h"
 #include "platform/orl/OrlOamSpi.h"
 
@@ -118,11 +121,57 @@ class VeskLTEOI {
     // Writes "autoLBDisabled" of "StaticParams" into `dbTx`; nothing when the record is absent.
     void updateLoadBalancingFlag(bool value, int dbTx);
 
-    // The end of a transaction: the commit stage still to come answers OrlOk and forgets the
-    // transaction's notes as abort does. Abort removes the first entry of the handle from each
-    // plain list and every entry from the deletion lists; the band 46 mark stays.
+    // The commit stage, once every change of the transaction is in its database transaction.
+    // Takes the transaction's notes, one entry of each plain list and every deletion, and runs
+    // what they ask for in a fixed order: the cells' bandwidths, carrier aggregation, the
+    // candidate channels (judged once integrated, else only kept in step), the deletions, then
+    // the band 46 normalisation of what the transaction created. OrlOk or OrlValidationFailed;
+    // the candidate channels' answer replaces that of carrier aggregation.
     int commit(unsigned long aTxHandle);
+    // Abort removes the first entry of the handle from each plain list and every entry from the
+    // deletion lists; the band 46 mark stays.
     void abort(unsigned long aTxHandle);
+
+    // The fault codes of the bandwidth check, sent to the fault manager.
+    static constexpr int kIllegalCellBandwidthChange = 20745;
+    static constexpr int kInconsistentCellBandwidthChange = 20752;
+    // Raises each bandwidth fault of a cell in `dbTx` that has come about, and clears each active
+    // one that has gone; nothing is sent for a fault whose state did not change. Refuses nothing.
+    void checkBandwidths(int dbTx);
+    // OrlValidationFailed when the hysteresis of "CarrierAggregationFunction=1" exceeds its
+    // threshold; OrlOk without the function.
+    int checkCarrierAggregation(int dbTx);
+    // OrlValidationFailed when the transaction turns off the candidate channel an LAA cell (an
+    // FDD cell above channel 18000) is on.
+    int checkWiFiChannelSelection(int dbTx);
+    // Gives channelFreq5160MHz the value of channel32 when the two differ.
+    void synchronizeCandidateChannels(int dbTx);
+    // Whether `fault` (one of the two codes above) is active for the cell `dn`.
+    bool activeAlarm(std::string dn, int fault);
+    // Sends a raise (state 1) or clear (0) of `fault` for the cell `dn` to the fault manager; a
+    // failed send is an error line and nothing else.
+    void sendFaultNotif(int fault, int state, std::string dn);
+
+    // The band 46 normalisation: every high channel number of the transaction `aTxHandle`
+    // becomes its low number, in the cells' reservedBy lists, the relations' ids, keys,
+    // references and black lists, and the frequencies' ids, keys, values and reservedBy lists.
+    // Run in this order; they cannot fail.
+    void band46EutranCellUpdate(int aTxHandle);
+    void band46FreqRelationUpdate(int aTxHandle);
+    void band46FrequencyUpdate(int aTxHandle);
+    // The low number of a high one; any other value unchanged.
+    static int updateArfcn(int arfcn);
+    // `reservedBy` up to the last occurrence of the first high number (in table order) it holds,
+    // followed by that number's low number; unchanged when it holds none.
+    static std::string updateReservedBy(std::string reservedBy);
+
+    // The cells whose bandwidth faults are active; kept for the life of the process only.
+    const std::list<std::string>& illegalBandwidthAlarmDns() const {
+        return _illegalBandwidthAlarmDns;
+    }
+    const std::list<std::string>& inconsistentBandwidthAlarmDns() const {
+        return _inconsistentBandwidthAlarmDns;
+    }
 
     // The notes, for the commit stage and for inspection.
     const TxList& bandwidthCheckTxs() const { return _bandwidthCheckTxs; }
@@ -158,6 +207,22 @@ class VeskLTEOI {
     // The rule that raises the flag for an operator's change of `attributeName`.
     void raiseLoadBalancingFlag(const char* rule, const char* dn, const char* attributeName,
                                 unsigned long aTxHandle);
+    // Takes the deletions of `aTxHandle` from `list`, judging each with `check` while `result`
+    // is OrlOk; the answer of the last one judged, or `result`.
+    int judgeDeletions(DeletionList& list, unsigned long aTxHandle, int dbTx, int result,
+                       OrlReturnT (VeskLTEOI::*check)(int, const std::string&));
+    // Raises `fault` for `dn` when `faulty` and not active, clears it when active and not.
+    void followFault(int fault, bool faulty, const std::string& dn, const char* faultName);
+    // The candidate channel that stands for channel 32: the one of its two names that the
+    // transaction changed, channel32 when neither or both.
+    std::string channel32Name(int dbTx, const char* rule);
+    // The entry lines and the database transaction of a band 46 step.
+    int band46Enter(const char* rule, int aTxHandle);
+    // A relation with an old id gets its new id and key, its frequency reference and black list
+    // follow; written as a new object in place of the old one.
+    void renameFreqRelation(DBObject& relation, int low, int aTxHandle, int dbTx, const char* rule);
+    // A frequency's reservedBy entries that name a high number are corrected; true if any was.
+    bool correctReservedBy(DBObject& frequency, const char* rule);
 
     // Cells whose bandwidth faults the commit stage has raised (illegal, inconsistent).
     std::list<std::string> _illegalBandwidthAlarmDns;
