@@ -42,6 +42,9 @@ po::options_description describe() {
         "the protocol of the operator's session: netconf, cli or none (no session)")(
         "user", po::value<std::string>()->default_value("operator"),
         "the user name of the operator's session")(
+        "journal", po::value<long>()->default_value(1000),
+        "how many of the last change notifications the host keeps for 'notifications'")(
+        "no-journal", "keep no journal: a notification nobody watches is then taken by no one")(
         "watch,w", po::value<std::string>(),
         "print the change notifications of the host running on --state whose dn matches this "
         "pattern ('' for all), until interrupted");
@@ -65,6 +68,12 @@ bool readCommandLineOptions(const po::variables_map& values, HostOptions* option
         *error = "unknown protocol '" + options->protocol + "' (netconf, cli or none)";
         return false;
     }
+    long journal = values["journal"].as<long>();
+    if (journal < 1 || journal > 1000000) {
+        *error = "--journal takes 1 to 1000000 notifications (--no-journal keeps none)";
+        return false;
+    }
+    options->journal = values.count("no-journal") > 0 ? 0 : static_cast<size_t>(journal);
     return true;
 }
 
@@ -76,6 +85,7 @@ void printHostHelp(std::ostream& out) {
         << "                 [--model DIR] [--system-created-mos FILE]\n"
         << "                 [-c COMMANDS | --script FILE] [--strict] [--json]\n"
         << "                 [--protocol netconf|cli|none] [--user NAME]\n"
+        << "                 [--journal N | --no-journal]\n"
         << "       vesk-host --load STATION.xml [--station-objects FILE] --state DIR\n"
         << "       vesk-host --watch REGEX [--state DIR] [--json]\n"
         << "Loads the plug-in, starts its components and serves until end of input or until\n"

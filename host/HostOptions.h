@@ -29,6 +29,8 @@ struct HostOptions {
     bool json = false;              // --json: one JSON object per answer
     std::string protocol = "cli";   // --protocol: netconf, cli or none
     std::string user = "operator";  // --user: the session's user name
+    // --journal: how many change notifications the host keeps; 0 with --no-journal.
+    size_t journal = 1000;
     // --watch: watch the host that runs on the state directory instead of running one.
     bool watch = false;
     std::string watchPattern;  // its pattern; empty for every notification
@@ -36,8 +38,9 @@ struct HostOptions {
 
 // Parses the arguments. False, with the reason in `error`, for an unknown option, a bad value or
 // a missing --plugin (unless --help, --load or --watch was asked), --watch with --plugin or
-// --load, or a --protocol other than netconf, cli or none. Without --station-objects, --load takes
-// station-objects.xml beside its file. The option help goes to `help`.
+// --load, a --protocol other than netconf, cli or none, or a --journal outside 1 to 1,000,000.
+// Without --station-objects, --load takes station-objects.xml beside its file. The option help goes
+// to `help`.
 bool parseHostOptions(int argc, const char* const* argv, HostOptions* options, std::string* error);
 // Writes the option help.
 void printHostHelp(std::ostream& out);

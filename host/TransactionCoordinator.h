@@ -44,6 +44,8 @@ class TransactionCoordinator {
     OrlReturnT abort(OrlTxHandleT tx);
 
     bool isOpen(OrlTxHandleT tx) const;
+    // The transactions open now (ending ones included).
+    std::vector<OrlTxHandleT> openHandles() const;
     std::vector<OrlOamSpiTransactionalResource_2*> participants(OrlTxHandleT tx) const;
 
   private:
