@@ -18,8 +18,9 @@ namespace bench {
 
 // A host on the state directory `dir` with the station model and the demo station loaded (the
 // agent not yet). Aborts with the reason on failure: a benchmark without its station is void.
-inline std::unique_ptr<host::Host> openDemoHost(const std::string& dir,
-                                                const std::string& dataDir) {
+// `objects`, when given, receives the number of objects the demo station holds.
+inline std::unique_ptr<host::Host> openDemoHost(const std::string& dir, const std::string& dataDir,
+                                                size_t* objects = nullptr) {
     auto result = std::make_unique<host::Host>();
     std::string error;
     if (!result->openState(dir, &error) || !result->loadModel(dataDir + "/model", &error)) {
@@ -32,6 +33,8 @@ inline std::unique_ptr<host::Host> openDemoHost(const std::string& dir,
         fprintf(stderr, "%s\n", error.c_str());
         abort();
     }
+    if (objects != nullptr)
+        *objects = loader.objectCount();
     return result;
 }
 

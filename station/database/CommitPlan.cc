@@ -116,10 +116,11 @@ void CommitPlan::planOrphans() {
 }
 
 void CommitPlan::planBelow(const std::string& fullDn) {
-    const std::set<std::string>* children = _state.childrenOf(fullDn);
+    const std::set<std::string_view>* children = _state.childrenOf(fullDn);
     if (children == nullptr)
         return;
-    for (const std::string& child : *children) {
+    for (std::string_view view : *children) {
+        const std::string child(view);
         planBelow(child);
         if (_stepOf.count(child) != 0)
             continue;
@@ -237,8 +238,9 @@ void CommitPlan::applyTo(CommittedState* state) const {
 
 ObjectChange CommitPlan::changeOf(const Step& step) const {
     const StoredObject& object = step.after != nullptr ? *step.after : *step.before;
-    ObjectChange change{IPCData::OP_UPDATE, step.dn,        object.key,
-                        object.className,   object.visible, {}};
+    ObjectChange change{
+        IPCData::OP_UPDATE, step.dn, std::string(object.key()), std::string(object.className()),
+        object.visible,     {}};
     bool patch = step.delta != nullptr && step.delta->kind == Delta::kPatch;
     change.attributes.reserve(patch ? step.delta->regular.size() + step.delta->alternates.size() + 1
                                     : object.attributes.size() + object.alternates.size());

@@ -29,6 +29,17 @@ const typename Map::mapped_type* findIn(const Map& map, const std::string& key) 
     return it == map.end() ? nullptr : &it->second;
 }
 
+// Erases `key` from `map` when `erase` leaves its entry empty.
+template <typename Map, typename Key, typename Erase>
+void eraseFrom(Map& map, const Key& key, Erase erase) {
+    auto it = map.find(key);
+    if (it == map.end())
+        return;
+    erase(it->second);
+    if (it->second.empty())
+        map.erase(it);
+}
+
 }  // namespace
 
 std::vector<std::string> referencesOf(const StoredObject& object) {
@@ -47,25 +58,29 @@ std::vector<std::string> referencesOf(const StoredObject& object) {
     return out;
 }
 
-ObjectPtr CommittedState::find(const std::string& fullDn) const {
+ObjectPtr CommittedState::find(std::string_view fullDn) const {
     auto it = _byDn.find(fullDn);
     return it == _byDn.end() ? nullptr : it->second;
 }
 
-const std::vector<std::string>* CommittedState::withKey(const std::string& key) const {
-    return findIn(_byKey, key);
+std::vector<std::string> CommittedState::withKey(const std::string& key) const {
+    std::vector<std::string> dns;
+    auto range = _byKey.equal_range(key);
+    for (auto it = range.first; it != range.second; ++it)
+        dns.push_back(it->second->fullDn);
+    return dns;
 }
 
-const std::map<uint64_t, std::string>* CommittedState::ofClass(const std::string& name) const {
+const CommittedState::InOrder* CommittedState::ofClass(const std::string& name) const {
     return findIn(_byClass, name);
 }
 
-const std::map<uint64_t, std::string>* CommittedState::underParent(
-    const std::string& parentDn, const std::string& className) const {
+const CommittedState::InOrder* CommittedState::underParent(std::string_view parentDn,
+                                                           std::string_view className) const {
     return findIn(_byParentClass, parentClassKey(parentDn, className));
 }
 
-const std::set<std::string>* CommittedState::childrenOf(const std::string& parentDn) const {
+const std::set<std::string_view>* CommittedState::childrenOf(const std::string& parentDn) const {
     return findIn(_children, parentDn);
 }
 
@@ -73,25 +88,30 @@ const std::set<std::string>* CommittedState::referrersOf(const std::string& targ
     return findIn(_referrers, target);
 }
 
-std::string CommittedState::parentClassKey(const std::string& parentDn,
-                                           const std::string& className) {
-    return parentDn + '\n' + className;
+std::string CommittedState::parentClassKey(std::string_view parentDn, std::string_view className) {
+    std::string key;
+    key.reserve(parentDn.size() + 1 + className.size());
+    key.append(parentDn).append(1, '\n').append(className);
+    return key;
 }
 
 std::string CommittedState::resolveReference(const std::string& text) const {
-    if (!isShortForm(text))
+    if (!isShortForm(text) || _byKey.count(text) != 1)
         return text;
-    const std::vector<std::string>* dns = withKey(text);
-    return (dns != nullptr && dns->size() == 1) ? dns->front() : text;
+    return _byKey.find(text)->second->fullDn;
 }
 
+// The index entries view the dn of the object held: a replaced object's entries go first.
 void CommittedState::put(ObjectPtr object) {
     auto it = _byDn.find(object->fullDn);
-    if (it != _byDn.end())
+    if (it != _byDn.end()) {
         unindex(*it->second);
+        _byDn.erase(it);
+    }
     _lastSeq = std::max(_lastSeq, object->seq);
-    index(object);
-    _byDn[object->fullDn] = std::move(object);
+    const StoredObject& held = *object;
+    _byDn.emplace(held.fullDn, std::move(object));
+    index(held);
 }
 
 void CommittedState::remove(const std::string& fullDn) {
@@ -102,55 +122,39 @@ void CommittedState::remove(const std::string& fullDn) {
     _byDn.erase(it);
 }
 
-void CommittedState::index(const ObjectPtr& object) {
-    _byKey[object->key].push_back(object->fullDn);
-    _byClass[object->className][object->seq] = object->fullDn;
-    _byParentClass[parentClassKey(object->parentDn, object->className)][object->seq] =
-        idOfKey(object->key);
-    _children[object->parentDn].insert(object->fullDn);
+void CommittedState::index(const StoredObject& object) {
+    _byKey.emplace(object.key(), &object);
+    _byClass[std::string(object.className())][object.seq] = &object;
+    _byParentClass[parentClassKey(object.parentDn(), object.className())][object.seq] = &object;
+    _children[std::string(object.parentDn())].insert(object.fullDn);
     std::vector<std::string> targets;
-    for (const std::string& text : referencesOf(*object)) {
+    for (const std::string& text : referencesOf(object)) {
         targets.push_back(resolveReference(text));
-        _referrers[targets.back()].insert(object->fullDn);
+        _referrers[targets.back()].insert(object.fullDn);
     }
     if (!targets.empty())
-        _targetsOf[object->fullDn] = std::move(targets);
+        _targetsOf[object.fullDn] = std::move(targets);
 }
 
 void CommittedState::unindex(const StoredObject& object) {
-    std::vector<std::string>& dns = _byKey[object.key];
-    dns.erase(std::remove(dns.begin(), dns.end(), object.fullDn), dns.end());
-    if (dns.empty())
-        _byKey.erase(object.key);
-    auto byClass = _byClass.find(object.className);
-    if (byClass != _byClass.end()) {
-        byClass->second.erase(object.seq);
-        if (byClass->second.empty())
-            _byClass.erase(byClass);
+    auto keys = _byKey.equal_range(object.key());
+    for (auto it = keys.first; it != keys.second; ++it) {
+        if (it->second == &object) {
+            _byKey.erase(it);
+            break;
+        }
     }
-    std::string pc = parentClassKey(object.parentDn, object.className);
-    auto byParent = _byParentClass.find(pc);
-    if (byParent != _byParentClass.end()) {
-        byParent->second.erase(object.seq);
-        if (byParent->second.empty())
-            _byParentClass.erase(byParent);
-    }
-    auto children = _children.find(object.parentDn);
-    if (children != _children.end()) {
-        children->second.erase(object.fullDn);
-        if (children->second.empty())
-            _children.erase(children);
-    }
+    auto bySeq = [&object](InOrder& objects) { objects.erase(object.seq); };
+    eraseFrom(_byClass, std::string(object.className()), bySeq);
+    eraseFrom(_byParentClass, parentClassKey(object.parentDn(), object.className()), bySeq);
+    eraseFrom(_children, std::string(object.parentDn()),
+              [&object](std::set<std::string_view>& dns) { dns.erase(object.fullDn); });
     auto targets = _targetsOf.find(object.fullDn);
     if (targets == _targetsOf.end())
         return;
     for (const std::string& target : targets->second) {
-        auto referrers = _referrers.find(target);
-        if (referrers == _referrers.end())
-            continue;
-        referrers->second.erase(object.fullDn);
-        if (referrers->second.empty())
-            _referrers.erase(referrers);
+        eraseFrom(_referrers, target,
+                  [&object](std::set<std::string>& dns) { dns.erase(object.fullDn); });
     }
     _targetsOf.erase(targets);
 }

@@ -6,6 +6,7 @@
 #include <map>
 #include <set>
 #include <string>
+#include <string_view>
 #include <unordered_map>
 #include <vector>
 
@@ -18,19 +19,24 @@ namespace db {
 // attribute "reservedBy" itself is never a reference.
 std::vector<std::string> referencesOf(const StoredObject& object);
 
+// The indexes view the dn held by each object (the object lives as long as it is indexed), so
+// that no dn is copied per index.
 class CommittedState {
   public:
+    // Objects by seq: insertion order.
+    using InOrder = std::map<uint64_t, const StoredObject*>;
+
     // Null if absent.
-    ObjectPtr find(const std::string& fullDn) const;
+    ObjectPtr find(std::string_view fullDn) const;
     // The full dns whose key is `key`.
-    const std::vector<std::string>* withKey(const std::string& key) const;
-    // The full dns of the class, by insertion order.
-    const std::map<uint64_t, std::string>* ofClass(const std::string& className) const;
-    // The keys of the class directly under `parentDn`, by insertion order.
-    const std::map<uint64_t, std::string>* underParent(const std::string& parentDn,
-                                                       const std::string& className) const;
-    // The full dns of the objects directly under `parentDn` (MOs and struct objects alike).
-    const std::set<std::string>* childrenOf(const std::string& parentDn) const;
+    std::vector<std::string> withKey(const std::string& key) const;
+    // The objects of the class, by insertion order.
+    const InOrder* ofClass(const std::string& className) const;
+    // The objects of the class directly under `parentDn`, by insertion order.
+    const InOrder* underParent(std::string_view parentDn, std::string_view className) const;
+    // The full dns of the objects directly under `parentDn` (MOs and struct objects alike),
+    // sorted.
+    const std::set<std::string_view>* childrenOf(const std::string& parentDn) const;
     // The full dns of the objects whose references name `target`, sorted.
     const std::set<std::string>* referrersOf(const std::string& target) const;
 
@@ -48,14 +54,14 @@ class CommittedState {
 
   private:
     void unindex(const StoredObject& object);
-    void index(const ObjectPtr& object);
-    static std::string parentClassKey(const std::string& parentDn, const std::string& className);
+    void index(const StoredObject& object);
+    static std::string parentClassKey(std::string_view parentDn, std::string_view className);
 
-    std::unordered_map<std::string, ObjectPtr> _byDn;
-    std::unordered_map<std::string, std::vector<std::string>> _byKey;
-    std::unordered_map<std::string, std::map<uint64_t, std::string>> _byClass;
-    std::unordered_map<std::string, std::map<uint64_t, std::string>> _byParentClass;
-    std::unordered_map<std::string, std::set<std::string>> _children;  // parent dn -> full dns
+    std::unordered_map<std::string_view, ObjectPtr> _byDn;
+    std::unordered_multimap<std::string_view, const StoredObject*> _byKey;
+    std::unordered_map<std::string, InOrder> _byClass;
+    std::unordered_map<std::string, InOrder> _byParentClass;
+    std::unordered_map<std::string, std::set<std::string_view>> _children;  // by parent dn
     // target full dn -> referrer full dns; each referrer's resolved targets kept for removal.
     std::unordered_map<std::string, std::set<std::string>> _referrers;
     std::unordered_map<std::string, std::vector<std::string>> _targetsOf;

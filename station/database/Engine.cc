@@ -31,9 +31,6 @@ std::unique_ptr<Engine> Engine::open(const std::string& path, bool mayCreate, st
         [&state](StoredObject&& object) {
             if (state.find(object.fullDn) != nullptr)
                 return false;
-            object.key = keyOf(object.fullDn);
-            object.className = classOfKey(object.key);
-            object.parentDn = parentOf(object.fullDn);
             state.put(std::make_shared<const StoredObject>(std::move(object)));
             return true;
         },
@@ -174,9 +171,8 @@ Engine::Resolved Engine::resolveLocked(const std::string& dn, const Overlay* ove
     if (!isShortForm(dn)) {
         candidates.insert(dn);
     } else {
-        if (const std::vector<std::string>* dns = _state.withKey(dn)) {
-            candidates.insert(dns->begin(), dns->end());
-        }
+        for (std::string& fullDn : _state.withKey(dn))
+            candidates.insert(std::move(fullDn));
         const std::set<std::string>* inserted =
             overlay != nullptr ? overlay->insertedWithKey(dn) : nullptr;
         if (inserted != nullptr)
@@ -240,9 +236,9 @@ void Engine::appendInserted(const Overlay& overlay, const std::string& className
         if (delta->kind != Delta::kReplace || _state.find(dn) != nullptr)
             continue;
         const StoredObject& object = *delta->replacement;
-        if (object.className != className)
+        if (object.className() != className)
             continue;
-        if (parentDn != nullptr && object.parentDn != *parentDn)
+        if (parentDn != nullptr && object.parentDn() != *parentDn)
             continue;
         out->push_back(delta->replacement);
     }
@@ -251,9 +247,9 @@ void Engine::appendInserted(const Overlay& overlay, const std::string& className
 std::list<ObjectPtr> Engine::viewClass(const std::string& className, int handle) {
     std::list<ObjectPtr> out;
     read(handle, "getMOClass", [&](const Overlay* overlay) {
-        if (const std::map<uint64_t, std::string>* dns = _state.ofClass(className)) {
-            for (const auto& entry : *dns) {
-                ObjectPtr object = viewLocked(entry.second, overlay);
+        if (const CommittedState::InOrder* objects = _state.ofClass(className)) {
+            for (const auto& entry : *objects) {
+                ObjectPtr object = viewLocked(entry.second->fullDn, overlay);
                 if (object != nullptr)
                     out.push_back(object);
             }
@@ -278,12 +274,11 @@ std::unique_ptr<std::list<std::string>> Engine::idsUnder(const std::string& pare
                 parent = resolved.fullDn;
         }
         ids.reset(new std::list<std::string>());
-        if (const std::map<uint64_t, std::string>* keys = _state.underParent(parent, className)) {
-            for (const auto& entry : *keys) {
-                std::string key = entry.second.empty() ? className : className + "=" + entry.second;
-                if (overlay == nullptr || viewLocked(joinDn(parent, key), overlay) != nullptr) {
-                    ids->push_back(entry.second);
-                }
+        if (const CommittedState::InOrder* objects = _state.underParent(parent, className)) {
+            for (const auto& entry : *objects) {
+                const StoredObject& object = *entry.second;
+                if (overlay == nullptr || viewLocked(object.fullDn, overlay) != nullptr)
+                    ids->push_back(idOfKey(std::string(object.key())));
             }
         }
         if (overlay == nullptr)
@@ -291,7 +286,7 @@ std::unique_ptr<std::list<std::string>> Engine::idsUnder(const std::string& pare
         std::list<ObjectPtr> inserted;
         appendInserted(*overlay, className, &parent, &inserted);
         for (const ObjectPtr& object : inserted)
-            ids->push_back(idOfKey(object->key));
+            ids->push_back(idOfKey(std::string(object->key())));
     });
     return ids;
 }
@@ -405,8 +400,10 @@ bool Engine::deleteObject(const std::string& dn, int handle) {
 void Engine::belowLocked(const std::string& fullDn, const Overlay& overlay,
                          std::vector<std::string>* out) const {
     std::set<std::string> children;
-    if (const std::set<std::string>* committed = _state.childrenOf(fullDn))
-        children = *committed;
+    if (const std::set<std::string_view>* committed = _state.childrenOf(fullDn)) {
+        for (std::string_view child : *committed)
+            children.emplace(child);
+    }
     if (const std::set<std::string>* inserted = overlay.insertedUnder(fullDn))
         children.insert(inserted->begin(), inserted->end());
     for (const std::string& child : children) {

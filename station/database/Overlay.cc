@@ -60,8 +60,8 @@ Delta& Overlay::touch(const std::string& fullDn) {
 }
 
 void Overlay::replace(ObjectPtr object) {
-    _insertedByKey[object->key].insert(object->fullDn);
-    _insertedByParent[object->parentDn].insert(object->fullDn);
+    _insertedByKey[std::string(object->key())].insert(object->fullDn);
+    _insertedByParent[std::string(object->parentDn())].insert(object->fullDn);
     Delta& delta = touch(object->fullDn);
     delta = Delta();
     delta.kind = Delta::kReplace;

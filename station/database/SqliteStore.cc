@@ -11,49 +11,39 @@
 #include <cstring>
 
 #include "platform/Logger.h"
+#include "station/database/LegacyCodec.h"
 
 namespace vesk {
 namespace db {
 
 namespace {
 
-// Format 2: one checksum per row; rows are found by seq alone.
-const char* kSchema =
-    "BEGIN;"
-    "CREATE TABLE vesk_meta (name TEXT PRIMARY KEY, value TEXT NOT NULL);"
-    "INSERT INTO vesk_meta VALUES ('format', '2');"
-    "CREATE TABLE objects (seq INTEGER PRIMARY KEY, dn TEXT NOT NULL,"
-    " instance INTEGER NOT NULL, visible INTEGER NOT NULL, flag_b INTEGER NOT NULL,"
-    " op_state INTEGER NOT NULL, admin_state INTEGER NOT NULL, class_instance INTEGER NOT NULL,"
-    " attrs BLOB NOT NULL, sum INTEGER NOT NULL);"
-    "COMMIT;";
-
-// Format 1 had no checksums: each row gets one, over its content as it stands.
-const char* kFromFormat1 =
-    "BEGIN IMMEDIATE;"
-    "ALTER TABLE objects ADD COLUMN sum INTEGER;"
-    "UPDATE objects SET sum = vesk_row_checksum(seq, instance, visible, flag_b, op_state,"
-    " admin_state, class_instance, dn, attrs);"
-    "UPDATE vesk_meta SET value = '2' WHERE name = 'format';"
-    "COMMIT;";
+// Format 3: attribute layouts kept once (see AttributeCodec.h); one checksum per row and per
+// layout, stored as a signed 32-bit number; rows are found by seq alone.
+// The tables of format 3, the objects' under `objects`.
+std::string tables(const char* objects) {
+    return std::string(
+               "CREATE TABLE layouts (id INTEGER PRIMARY KEY, body BLOB NOT NULL,"
+               " sum INTEGER NOT NULL);"
+               "CREATE TABLE ") +
+           objects +
+           " (seq INTEGER PRIMARY KEY, dn TEXT NOT NULL, instance INTEGER NOT NULL,"
+           " visible INTEGER NOT NULL, flag_b INTEGER NOT NULL, op_state INTEGER NOT NULL,"
+           " admin_state INTEGER NOT NULL, class_instance INTEGER NOT NULL, attrs BLOB NOT NULL,"
+           " sum INTEGER NOT NULL);";
+}
 
 const char* kColumnNames[] = {"seq",      "dn",          "instance",       "visible", "flag_b",
                               "op_state", "admin_state", "class_instance", "attrs",   "sum"};
-constexpr int kColumns = 10;
 constexpr int kAttrsColumn = 8;
 constexpr int kSumColumn = 9;
 
-// vesk_row_checksum(seq, the six integer fields, dn, attrs), for the conversion of format 1.
-void rowChecksumFunction(sqlite3_context* context, int, sqlite3_value** values) {
-    int64_t fields[6];
-    for (int i = 0; i < 6; ++i)
-        fields[i] = sqlite3_value_int64(values[1 + i]);
-    const char* dn = reinterpret_cast<const char*>(sqlite3_value_text(values[7]));
-    size_t dnSize = static_cast<size_t>(sqlite3_value_bytes(values[7]));
-    const void* attrs = sqlite3_value_blob(values[8]);
-    size_t attrsSize = static_cast<size_t>(sqlite3_value_bytes(values[8]));
-    sqlite3_result_int64(context, rowChecksum(static_cast<uint64_t>(sqlite3_value_int64(values[0])),
-                                              fields, dn, dnSize, attrs, attrsSize));
+// What each format added, for the line that tells of a conversion.
+const char* kConversionNews[] = {"", "row checksums added, compact attributes",
+                                 "compact attributes"};
+
+int64_t storedSum(uint32_t sum) {
+    return static_cast<int32_t>(sum);
 }
 
 bool syncDirectoryOf(const std::string& path) {
@@ -67,6 +57,16 @@ bool syncDirectoryOf(const std::string& path) {
 }
 
 }  // namespace
+
+uint32_t layoutChecksum(uint32_t id, const void* body, size_t size) {
+    unsigned char number[8] = {};
+    for (int b = 0; b < 4; ++b)
+        number[b] = static_cast<unsigned char>(id >> (8 * b));
+    uLong crc = crc32_z(0L, number, sizeof number);
+    if (size > 0)
+        crc = crc32_z(crc, static_cast<const Bytef*>(body), size);
+    return static_cast<uint32_t>(crc);
+}
 
 uint32_t rowChecksum(uint64_t seq, const int64_t (&fields)[6], const char* dn, size_t dnSize,
                      const void* attrs, size_t attrsSize) {
@@ -140,6 +140,7 @@ bool SqliteStore::open(const std::string& path, bool mayCreate, std::string* err
         configure(error) && checkSchema(error) && quickCheck(error) &&
         exec("PRAGMA journal_mode=WAL;", error) && checkFormat(error) &&
         prepare("INSERT OR REPLACE INTO objects VALUES (?,?,?,?,?,?,?,?,?,?)", &_put, error) &&
+        prepare("INSERT INTO layouts VALUES (?,?,?)", &_putLayout, error) &&
         prepare("DELETE FROM objects WHERE seq = ?", &_remove, error);
     if (!ok)
         close();
@@ -155,8 +156,13 @@ bool SqliteStore::create(const std::string& path, std::string* error) {
     _path = temporary;
     int rc = sqlite3_open_v2(temporary.c_str(), &_db, SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE,
                              nullptr);
-    bool ok = rc == SQLITE_OK && exec("PRAGMA synchronous=FULL;", error) && exec(kSchema, error) &&
-              exec("PRAGMA journal_mode=WAL;", error);
+    const std::string schema =
+        "BEGIN;" + tables("objects") +
+        "CREATE TABLE vesk_meta (name TEXT PRIMARY KEY, value TEXT NOT NULL);"
+        "INSERT INTO vesk_meta VALUES ('format', '3');"
+        "COMMIT;";
+    bool ok = rc == SQLITE_OK && exec("PRAGMA synchronous=FULL;", error) &&
+              exec(schema.c_str(), error) && exec("PRAGMA journal_mode=WAL;", error);
     if (rc != SQLITE_OK)
         *error = reason("cannot create");
     close();
@@ -173,8 +179,6 @@ bool SqliteStore::create(const std::string& path, std::string* error) {
 bool SqliteStore::configure(std::string* error) {
     sqlite3_busy_timeout(_db, 5000);
     sqlite3_wal_hook(_db, &SqliteStore::onCommit, this);
-    sqlite3_create_function(_db, "vesk_row_checksum", 9, SQLITE_UTF8 | SQLITE_DETERMINISTIC,
-                            nullptr, &rowChecksumFunction, nullptr, nullptr);
     return exec("PRAGMA synchronous=FULL;", error) &&
            exec("PRAGMA journal_size_limit=16777216;", error);
 }
@@ -189,17 +193,19 @@ int SqliteStore::onCommit(void* self, sqlite3* db, const char*, int pages) {
     return SQLITE_OK;  // the commit itself is done: a failed fold is retried later
 }
 
-// Exactly our two tables, or the file is someone else's.
+// Our tables and no others (a store older than format 3 has no layouts), or the file is someone
+// else's.
 bool SqliteStore::checkSchema(std::string* error) {
     sqlite3_stmt* statement = nullptr;
-    if (!prepare("SELECT count(*), sum(name = 'objects'), sum(name = 'vesk_meta')"
-                 " FROM sqlite_master WHERE type = 'table'",
+    if (!prepare("SELECT count(*), sum(name = 'objects'), sum(name = 'vesk_meta'),"
+                 " sum(name = 'layouts') FROM sqlite_master WHERE type = 'table'",
                  &statement, error)) {
         return false;
     }
     bool ok = sqlite3_step(statement) == SQLITE_ROW;
-    bool ours = ok && sqlite3_column_int(statement, 0) == 2 &&
-                sqlite3_column_int(statement, 1) == 1 && sqlite3_column_int(statement, 2) == 1;
+    bool ours = ok && sqlite3_column_int(statement, 1) == 1 &&
+                sqlite3_column_int(statement, 2) == 1 &&
+                sqlite3_column_int(statement, 0) == 2 + sqlite3_column_int(statement, 3);
     if (!ok)
         *error = reason("cannot read the schema");
     sqlite3_finalize(statement);
@@ -225,6 +231,7 @@ bool SqliteStore::quickCheck(std::string* error) {
     return ok;
 }
 
+// Formats 1 and 2 are converted here, once; anything else but 3 is refused.
 bool SqliteStore::checkFormat(std::string* error) {
     sqlite3_stmt* statement = nullptr;
     if (!prepare("SELECT value FROM vesk_meta WHERE name = 'format'", &statement, error))
@@ -234,24 +241,97 @@ bool SqliteStore::checkFormat(std::string* error) {
         format = reinterpret_cast<const char*>(sqlite3_column_text(statement, 0));
     }
     sqlite3_finalize(statement);
-    if (format == "2")
+    if (format == "3")
         return true;
-    if (format == "1" && exec(kFromFormat1, error)) {
-        VESK_INFO("IDatabase: %s: converted from format 1 to 2 (row checksums added)",
-                  _path.c_str());
-        return true;
-    }
-    if (format != "1")
-        *error = _path + ": unknown store format '" + format + "'";
-    std::string ignored;
-    exec("ROLLBACK", &ignored);
+    if (format == "1" || format == "2")
+        return convert(format == "1" ? 1 : 2, error);
+    *error = _path + ": unknown store format '" + format + "'";
     return false;
 }
 
+// One transaction writes every row again in format 3 after checking it as its own format allows;
+// then the space of the old rows is given back. A row that fails leaves the file as it was.
+bool SqliteStore::convert(int from, std::string* error) {
+    sqlite3_stmt* insert = nullptr;
+    sqlite3_stmt* insertLayout = nullptr;
+    std::string writeError;
+    bool ok =
+        exec("BEGIN IMMEDIATE", error) && exec(tables("converted").c_str(), error) &&
+        prepare("INSERT INTO converted VALUES (?,?,?,?,?,?,?,?,?,?)", &insert, error) &&
+        prepare("INSERT INTO layouts VALUES (?,?,?)", &insertLayout, error) &&
+        readObjects(
+            from, [&](StoredObject&& object) { return writeObject(insert, object, &writeError); },
+            error) &&
+        writeLayouts(insertLayout, error) &&
+        exec(
+            "DROP TABLE objects; ALTER TABLE converted RENAME TO objects;"
+            " UPDATE vesk_meta SET value = '3' WHERE name = 'format'; COMMIT;",
+            error);
+    sqlite3_finalize(insert);
+    sqlite3_finalize(insertLayout);
+    std::string ignored;
+    if (!ok) {
+        if (!writeError.empty())
+            *error = writeError;
+        exec("ROLLBACK", &ignored);
+        _layouts.clear();
+        return false;
+    }
+    _layouts.commitPending();
+    VESK_INFO("IDatabase: %s: converted from format %d to 3 (%s)", _path.c_str(), from,
+              kConversionNews[from]);
+    if (!exec("VACUUM", &ignored) || !fold(true, &ignored))
+        VESK_WARNING("IDatabase: %s: the space of the old rows stays in the file: %s",
+                     _path.c_str(), ignored.c_str());
+    return true;
+}
+
 bool SqliteStore::loadAll(const std::function<bool(StoredObject&&)>& sink, std::string* error) {
+    return loadLayouts(error) && readObjects(3, sink, error);
+}
+
+// Every layout is checked and decoded before any row that names it.
+bool SqliteStore::loadLayouts(std::string* error) {
+    _layouts.clear();
     sqlite3_stmt* statement = nullptr;
-    if (!prepare("SELECT seq, dn, instance, visible, flag_b, op_state, admin_state,"
-                 " class_instance, attrs, sum FROM objects ORDER BY seq",
+    if (!prepare("SELECT id, body, sum FROM layouts ORDER BY id", &statement, error))
+        return false;
+    int rc;
+    bool ok = true;
+    while (ok && (rc = sqlite3_step(statement)) == SQLITE_ROW) {
+        int64_t id = sqlite3_column_int64(statement, 0);
+        const std::string who = _path + ": layout " + std::to_string(id) + ": ";
+        const void* body = sqlite3_column_blob(statement, 1);
+        size_t size = static_cast<size_t>(sqlite3_column_bytes(statement, 1));
+        if (sqlite3_column_type(statement, 1) != SQLITE_BLOB ||
+            sqlite3_column_type(statement, 2) != SQLITE_INTEGER || id <= 0 || id > UINT32_MAX) {
+            *error = who + "a column has the wrong type";
+            ok = false;
+        } else if (sqlite3_column_int64(statement, 2) !=
+                   storedSum(layoutChecksum(static_cast<uint32_t>(id), body, size))) {
+            *error = who + "checksum mismatch";
+            ok = false;
+        } else if (!_layouts.load(static_cast<uint32_t>(id), static_cast<const char*>(body),
+                                  size)) {
+            *error = who + "does not decode";
+            ok = false;
+        }
+    }
+    if (ok && rc != SQLITE_DONE) {
+        *error = reason("cannot read layouts");
+        ok = false;
+    }
+    sqlite3_finalize(statement);
+    return ok;
+}
+
+bool SqliteStore::readObjects(int format, const std::function<bool(StoredObject&&)>& sink,
+                              std::string* error) {
+    sqlite3_stmt* statement = nullptr;
+    if (!prepare(format == 1 ? "SELECT seq, dn, instance, visible, flag_b, op_state, admin_state,"
+                               " class_instance, attrs FROM objects ORDER BY seq"
+                             : "SELECT seq, dn, instance, visible, flag_b, op_state, admin_state,"
+                               " class_instance, attrs, sum FROM objects ORDER BY seq",
                  &statement, error)) {
         return false;
     }
@@ -259,10 +339,9 @@ bool SqliteStore::loadAll(const std::function<bool(StoredObject&&)>& sink, std::
     bool ok = true;
     while (ok && (rc = sqlite3_step(statement)) == SQLITE_ROW) {
         StoredObject object;
-        ok = readRow(statement, &object, error);
-        std::string dn = object.fullDn;
+        ok = readRow(statement, format, &object, error);
         if (ok && !sink(std::move(object))) {
-            *error = _path + ": object '" + dn + "': stored twice";
+            *error = _path + ": object '" + object.fullDn + "': stored twice";
             ok = false;
         }
     }
@@ -274,22 +353,27 @@ bool SqliteStore::loadAll(const std::function<bool(StoredObject&&)>& sink, std::
     return ok;
 }
 
-// Checks the types of every column, then the checksum, then decodes the attributes.
-bool SqliteStore::readRow(sqlite3_stmt* row, StoredObject* object, std::string* error) const {
+// Checks the types of every column, then the checksum (format 1 has none), then decodes the
+// attributes.
+bool SqliteStore::readRow(sqlite3_stmt* row, int format, StoredObject* object,
+                          std::string* error) const {
     object->seq = static_cast<uint64_t>(sqlite3_column_int64(row, 0));
     bool dnIsText = sqlite3_column_type(row, 1) == SQLITE_TEXT;
     if (dnIsText) {
         object->fullDn.assign(reinterpret_cast<const char*>(sqlite3_column_text(row, 1)),
                               static_cast<size_t>(sqlite3_column_bytes(row, 1)));
     }
-    const std::string who =
-        _path + ": object " +
-        (dnIsText ? "'" + object->fullDn + "'" : "with seq " + std::to_string(object->seq)) + ": ";
-    for (int i = 0; i < kColumns; ++i) {
+    auto who = [&] {
+        return _path + ": object " +
+               (dnIsText ? "'" + object->fullDn + "'" : "with seq " + std::to_string(object->seq)) +
+               ": ";
+    };
+    const int columns = format == 1 ? kSumColumn : kSumColumn + 1;
+    for (int i = 0; i < columns; ++i) {
         int wanted = i == 1 ? SQLITE_TEXT : i == kAttrsColumn ? SQLITE_BLOB : SQLITE_INTEGER;
         int type = sqlite3_column_type(row, i);
         if (type != wanted) {
-            *error = who + "column " + kColumnNames[i] +
+            *error = who() + "column " + kColumnNames[i] +
                      (type == SQLITE_NULL ? " is NULL" : " has the wrong type");
             return false;
         }
@@ -299,11 +383,14 @@ bool SqliteStore::readRow(sqlite3_stmt* row, StoredObject* object, std::string* 
         fields[i] = sqlite3_column_int64(row, 2 + i);
     const char* attrs = static_cast<const char*>(sqlite3_column_blob(row, kAttrsColumn));
     size_t size = static_cast<size_t>(sqlite3_column_bytes(row, kAttrsColumn));
-    uint32_t sum =
-        rowChecksum(object->seq, fields, object->fullDn.data(), object->fullDn.size(), attrs, size);
-    if (sqlite3_column_int64(row, kSumColumn) != static_cast<int64_t>(sum)) {
-        *error = who + "checksum mismatch";
-        return false;
+    if (format != 1) {
+        uint32_t sum = rowChecksum(object->seq, fields, object->fullDn.data(),
+                                   object->fullDn.size(), attrs, size);
+        int64_t expected = format == 2 ? static_cast<int64_t>(sum) : storedSum(sum);
+        if (sqlite3_column_int64(row, kSumColumn) != expected) {
+            *error = who() + "checksum mismatch";
+            return false;
+        }
     }
     object->instance = static_cast<int>(fields[0]);
     object->visible = fields[1] != 0;
@@ -311,30 +398,57 @@ bool SqliteStore::readRow(sqlite3_stmt* row, StoredObject* object, std::string* 
     object->operationalState = static_cast<int>(fields[3]);
     object->adminState = static_cast<int>(fields[4]);
     object->classInstance = static_cast<int>(fields[5]);
-    if (!decodeAttributes(attrs, size, object)) {
-        *error = who + "attributes do not decode";
+    bool decoded = format == 3 ? decodeAttributes(attrs, size, _layouts, object)
+                               : decodeLegacyAttributes(attrs, size, object);
+    if (!decoded) {
+        *error = who() + "attributes do not decode";
         return false;
     }
     return true;
 }
 
-bool SqliteStore::writeObject(const StoredObject& o, std::string* error) {
-    std::string attrs = encodeAttributes(o);
+// Writes `o` with `statement` (an insert of every column); a layout it is the first to have is
+// pending until the transaction ends.
+bool SqliteStore::writeObject(sqlite3_stmt* statement, const StoredObject& o, std::string* error) {
+    uint32_t layout = _layouts.idOf(Layouts::bodyOf(o));
+    if (layout == 0) {
+        *error = _path + ": object '" + o.fullDn + "': attributes cannot be encoded";
+        return false;
+    }
+    std::string attrs = encodeAttributes(o, layout);
     int64_t fields[6] = {o.instance,         o.visible ? 1 : 0, o.flagB ? 1 : 0,
                          o.operationalState, o.adminState,      o.classInstance};
-    sqlite3_reset(_put);
-    sqlite3_bind_int64(_put, 1, static_cast<sqlite3_int64>(o.seq));
-    sqlite3_bind_text(_put, 2, o.fullDn.data(), static_cast<int>(o.fullDn.size()), SQLITE_STATIC);
+    sqlite3_reset(statement);
+    sqlite3_bind_int64(statement, 1, static_cast<sqlite3_int64>(o.seq));
+    sqlite3_bind_text(statement, 2, o.fullDn.data(), static_cast<int>(o.fullDn.size()),
+                      SQLITE_STATIC);
     for (int i = 0; i < 6; ++i)
-        sqlite3_bind_int64(_put, 3 + i, fields[i]);
-    sqlite3_bind_blob(_put, 9, attrs.data(), static_cast<int>(attrs.size()), SQLITE_STATIC);
-    sqlite3_bind_int64(
-        _put, 10,
-        rowChecksum(o.seq, fields, o.fullDn.data(), o.fullDn.size(), attrs.data(), attrs.size()));
-    if (sqlite3_step(_put) == SQLITE_DONE)
+        sqlite3_bind_int64(statement, 3 + i, fields[i]);
+    sqlite3_bind_blob(statement, 9, attrs.data(), static_cast<int>(attrs.size()), SQLITE_STATIC);
+    sqlite3_bind_int64(statement, 10,
+                       storedSum(rowChecksum(o.seq, fields, o.fullDn.data(), o.fullDn.size(),
+                                             attrs.data(), attrs.size())));
+    if (sqlite3_step(statement) == SQLITE_DONE)
         return true;
     *error = reason("cannot write");
     return false;
+}
+
+// The layouts that the transaction's objects were the first to have.
+bool SqliteStore::writeLayouts(sqlite3_stmt* statement, std::string* error) {
+    for (const auto& entry : _layouts.pending()) {
+        const std::string& body = entry.second;
+        sqlite3_reset(statement);
+        sqlite3_bind_int64(statement, 1, entry.first);
+        sqlite3_bind_blob(statement, 2, body.data(), static_cast<int>(body.size()), SQLITE_STATIC);
+        sqlite3_bind_int64(statement, 3,
+                           storedSum(layoutChecksum(entry.first, body.data(), body.size())));
+        if (sqlite3_step(statement) != SQLITE_DONE) {
+            *error = reason("cannot write");
+            return false;
+        }
+    }
+    return true;
 }
 
 bool SqliteStore::removeObject(uint64_t seq, std::string* error) {
@@ -358,9 +472,12 @@ bool SqliteStore::apply(const std::vector<ObjectPtr>& puts, const std::vector<ui
     for (size_t i = 0; ok && i < removes.size(); ++i)
         ok = removeObject(removes[i], error);
     for (size_t i = 0; ok && i < puts.size(); ++i)
-        ok = writeObject(*puts[i], error);
-    if (ok && exec("COMMIT", error))
+        ok = writeObject(_put, *puts[i], error);
+    if (ok && writeLayouts(_putLayout, error) && exec("COMMIT", error)) {
+        _layouts.commitPending();
         return true;
+    }
+    _layouts.dropPending();
     std::string ignored;
     exec("ROLLBACK", &ignored);
     _withdrawPending = true;
@@ -404,8 +521,9 @@ bool SqliteStore::fold(bool force, std::string* error) {
 
 void SqliteStore::close() {
     sqlite3_finalize(_put);
+    sqlite3_finalize(_putLayout);
     sqlite3_finalize(_remove);
-    _put = _remove = nullptr;
+    _put = _putLayout = _remove = nullptr;
     if (_db != nullptr) {
         std::string ignored;
         if (_withdrawPending)
@@ -413,6 +531,7 @@ void SqliteStore::close() {
         sqlite3_close(_db);
     }
     _db = nullptr;
+    _layouts.clear();
     _logPages = 0;
     _withdrawPending = false;
 }

@@ -8,6 +8,7 @@
 #include <string>
 #include <vector>
 
+#include "station/database/AttributeCodec.h"
 #include "station/database/StoredObject.h"
 
 struct sqlite3;
@@ -34,8 +35,9 @@ class SqliteStore {
     // file, a file that is not a store of this kind, or one that fails SQLite's quick check.
     bool open(const std::string& path, bool mayCreate, std::string* error);
     // Calls `sink` for every stored object, in insertion order, after checking its columns and
-    // its checksum. `sink` answers false for a dn it already has. False, with the object's dn
-    // and the reason in `error`, at the first row that fails.
+    // its checksum (and those of the attribute layouts). `sink` answers false, leaving the object
+    // as it was, for a dn it already has. False, with the object's dn and the reason in
+    // `error`, at the first row that fails.
     bool loadAll(const std::function<bool(StoredObject&&)>& sink, std::string* error);
 
     // Writes `puts` and removes the rows of `removes` (by seq) in one transaction, synced before
@@ -58,8 +60,14 @@ class SqliteStore {
     bool checkSchema(std::string* error);
     bool quickCheck(std::string* error);
     bool checkFormat(std::string* error);
-    bool readRow(sqlite3_stmt* row, StoredObject* object, std::string* error) const;
-    bool writeObject(const StoredObject& object, std::string* error);
+    bool convert(int from, std::string* error);
+    bool loadLayouts(std::string* error);
+    // The rows of `objects` as `format` (1, 2 or 3) stores them.
+    bool readObjects(int format, const std::function<bool(StoredObject&&)>& sink,
+                     std::string* error);
+    bool readRow(sqlite3_stmt* row, int format, StoredObject* object, std::string* error) const;
+    bool writeObject(sqlite3_stmt* statement, const StoredObject& object, std::string* error);
+    bool writeLayouts(sqlite3_stmt* statement, std::string* error);
     bool removeObject(uint64_t seq, std::string* error);
     bool withdraw(std::string* error);
     std::string reason(const char* what) const;
@@ -67,11 +75,17 @@ class SqliteStore {
 
     sqlite3* _db = nullptr;
     sqlite3_stmt* _put = nullptr;
+    sqlite3_stmt* _putLayout = nullptr;
     sqlite3_stmt* _remove = nullptr;
+    Layouts _layouts;
     std::string _path;
     int _logPages = 0;              // pages in the log since the last fold
     bool _withdrawPending = false;  // a failed commit's log records may still be valid
 };
+
+// The checksum of one attribute layout: CRC-32 of its id (8 bytes, least significant first) and
+// its body.
+uint32_t layoutChecksum(uint32_t id, const void* body, size_t size);
 
 // The checksum of one stored row: CRC-32 of seq, the six integer fields (each as 8 bytes, least
 // significant first), dn and the attribute encoding, in that order.

@@ -6,22 +6,24 @@
 #include <cstdint>
 #include <memory>
 #include <string>
+#include <string_view>
 #include <utility>
 #include <vector>
 
 #include "platform/AttributeVariant.h"
 #include "platform/DBObject.h"
 #include "platform/IPCData.h"
+#include "station/database/AttributeName.h"
 
 namespace vesk {
 namespace db {
 
 struct StoredAttribute {
-    std::string name;
+    AttributeName name;
     AttributeVariant value;
-    IPCData::AttributeValueType type = IPCData::AVT_UNKNOWN;
     int32_t attributeId = 0;
     int32_t alternateSlot = -1;  // -1 in the regular map
+    IPCData::AttributeValueType type = IPCData::AVT_UNKNOWN;
     bool hidden = false;
 };
 
@@ -44,20 +46,25 @@ class AttributeSet {
     std::vector<StoredAttribute> _items;
 };
 
+// The key, class and parent are parts of the full dn, read in place.
 struct StoredObject {
     std::string fullDn;
-    std::string key;
-    std::string className;
-    std::string parentDn;
     int instance = 1;
-    bool visible = true;
-    bool flagB = false;
     int operationalState = 0;
     int adminState = 1;
     int classInstance = 1;
+    bool visible = true;
+    bool flagB = false;
     uint64_t seq = 0;  // insertion order within the store; 0 until committed
     AttributeSet attributes;
     AttributeSet alternates;
+
+    // The text after the last "," of the dn.
+    std::string_view key() const;
+    // The key up to its first "=".
+    std::string_view className() const;
+    // The text before the last ","; "" at the root.
+    std::string_view parentDn() const;
 };
 
 using ObjectPtr = std::shared_ptr<const StoredObject>;
@@ -76,11 +83,6 @@ DBObject* toDBObject(const StoredObject& object);
 // `fullDn`. Attributes marked deleted are left out; an alternateSlot other than -1 routes an
 // attribute to the alternate map.
 StoredObject storedFromDBObject(const DBObject& object, const std::string& fullDn);
-
-// Binary form of both attribute maps, for the store's attrs column.
-std::string encodeAttributes(const StoredObject& object);
-// False if `blob` is not a well-formed encoding.
-bool decodeAttributes(const char* data, size_t size, StoredObject* object);
 
 }  // namespace db
 }  // namespace vesk

@@ -2,7 +2,6 @@
 #include <gtest/gtest.h>
 
 #include "station/database/CommitPlan.h"
-#include "station/database/DnName.h"
 
 namespace vesk {
 namespace db {
@@ -20,9 +19,6 @@ StoredAttribute stored(const std::string& name, AttributeVariant value,
 ObjectPtr make(const std::string& fullDn, std::vector<StoredAttribute> attributes, uint64_t seq) {
     auto object = std::make_shared<StoredObject>();
     object->fullDn = fullDn;
-    object->key = keyOf(fullDn);
-    object->className = classOfKey(object->key);
-    object->parentDn = parentOf(fullDn);
     object->seq = seq;
     for (auto& a : attributes)
         object->attributes.put(a);

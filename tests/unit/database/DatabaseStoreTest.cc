@@ -5,16 +5,20 @@
 #include <filesystem>
 #include <fstream>
 #include <functional>
+#include <iomanip>
 #include <random>
 #include <sstream>
 
 #include "station/database/Database.h"
+#include "station/database/FaultDisk.h"
 #include "station/log/LogControl.h"
 #include "unit/database/DatabaseTestSupport.h"
 
 namespace vesk {
 namespace dbtest {
 namespace {
+
+const std::string kFormat2Store = VESK_TEST_DATA_DIR "/format2-store.db";
 
 struct Sample {
     const char* name;
@@ -49,9 +53,14 @@ std::string fileBytes(const std::string& path) {
 
 class DatabaseStoreTest : public DatabaseTest {};
 
-TEST_F(DatabaseStoreTest, ReopenRestoresEveryAlternativeWithItsTypeAndTheObjectFields) {
-    auto item = object("Item=1", "");
-    item->visible = false;
+// Every alternative with its type, a hidden attribute with an id, a pending value with its slot,
+// object fields away from their defaults, children in an order of their own (one deleted) whose
+// references give their parent a reservedBy. Written by the release of format 2 as
+// data/format2-store.db.
+void putSampleStore() {
+    put("OAM", "", {attr("a", "one")});
+    auto item = std::make_unique<DBObject>("Item=1", 3, false, true, IPCData::OPSTATE_ENABLED,
+                                           IPCData::ADMSTATE_LOCKED, "", 2);
     for (const Sample& s : everyAlternative())
         item->addAttribute(*attr(s.name, s.value, s.type));
     item->addAttribute(*new Attribute(true, "hidden", AttributeVariant(3), 9, true,
@@ -60,11 +69,49 @@ TEST_F(DatabaseStoreTest, ReopenRestoresEveryAlternativeWithItsTypeAndTheObjectF
     pending->alternateSlot = 2;
     item->addAlternateAttribute(*pending);
     ASSERT_NE(0, IDatabase::insert(item.get(), 0));
+    for (const char* key : {"Cell=9", "Cell=2", "Cell=5"}) {
+        auto cell = std::make_unique<DBObject>(key, 1, true, false, IPCData::OPSTATE_DISABLED,
+                                               IPCData::ADMSTATE_UNLOCKED, "Item=1", 1);
+        cell->addAttribute(*attr("ref", std::string("Item=1"), IPCData::AVT_REFERENCE));
+        cell->addAttribute(*attr("n", std::string(key)));
+        ASSERT_NE(0, IDatabase::insert(cell.get(), 0));
+    }
+    ASSERT_NE(0, IDatabase::deleteObj("Item=1,Cell=5", 1, 0));
+}
+
+// Everything a reader sees of the sample store.
+std::string dumpSampleStore() {
+    std::ostringstream out;
+    out << std::setprecision(17);
+    for (const char* dn : {"OAM", "Item=1", "Item=1,Cell=9", "Item=1,Cell=2", "Item=1,Cell=5"}) {
+        std::unique_ptr<DBObject> o(IDatabase::getObject(dn, 1, 0));
+        if (o == nullptr) {
+            out << dn << " absent\n";
+            continue;
+        }
+        out << o->dn << " " << o->parentDn << " " << o->instance << o->visible << o->flagB
+            << o->operationalState << o->adminState << o->classInstance << "\n";
+        for (const auto* map : {&o->attributes, &o->alternateAttributes}) {
+            for (const auto& entry : *map) {
+                const Attribute& a = *entry.second;
+                out << " " << entry.first << "=" << a.value << " which " << a.value.which()
+                    << " type " << a.type << " id " << a.attributeId << " slot " << a.alternateSlot
+                    << (a.hidden ? " hidden" : "") << "\n";
+            }
+        }
+    }
+    for (const std::string& id : IDatabase::getMOClassWithParent("Item=1", "Cell", 0))
+        out << "Cell=" << id << " ";
+    return out.str();
+}
+
+TEST_F(DatabaseStoreTest, ReopenRestoresEveryAlternativeWithItsTypeAndTheObjectFields) {
+    putSampleStore();
+    const std::string written = dumpSampleStore();
     reopen();
+    EXPECT_EQ(written, dumpSampleStore());
     std::unique_ptr<DBObject> back(IDatabase::getObject("Item=1", 1, 0));
     ASSERT_NE(nullptr, back);
-    EXPECT_FALSE(back->visible);
-    EXPECT_EQ("", back->parentDn);
     for (const Sample& s : everyAlternative()) {
         Attribute* a = back->getAttribute(s.name);
         ASSERT_NE(nullptr, a) << s.name;
@@ -155,6 +202,13 @@ TEST_F(DatabaseStoreTest, DamagedForeignEmptyOrMissingStoresAreRefusedAndLeftAsT
          ": object 'Cell=1': checksum mismatch"},
         {"format", [&] { edit(file, "UPDATE vesk_meta SET value = '9' WHERE name = 'format'"); },
          ": unknown store format '9'"},
+        {"an older format, damaged",
+         [&] {
+             std::filesystem::copy_file(kFormat2Store, file,
+                                        std::filesystem::copy_options::overwrite_existing);
+             edit(file, "UPDATE objects SET instance = 7 WHERE dn = 'OAM'");
+         },
+         ": object 'OAM': checksum mismatch"},
         {"no store, other files",
          [&] {
              std::filesystem::remove(file);
@@ -185,28 +239,79 @@ TEST_F(DatabaseStoreTest, DamagedForeignEmptyOrMissingStoresAreRefusedAndLeftAsT
     }
 }
 
-TEST_F(DatabaseStoreTest, AStoreWithoutChecksumsIsConvertedOnceAndKeepsEverything) {
-    put("OAM", "", {attr("a", "one")});
+// Format 1 is format 2 without the checksums.
+const char* kToFormat1 =
+    "CREATE TABLE old (seq INTEGER PRIMARY KEY, dn TEXT NOT NULL UNIQUE, instance INTEGER"
+    " NOT NULL, visible INTEGER NOT NULL, flag_b INTEGER NOT NULL, op_state INTEGER NOT"
+    " NULL, admin_state INTEGER NOT NULL, class_instance INTEGER NOT NULL, attrs BLOB NOT"
+    " NULL); INSERT INTO old SELECT seq, dn, instance, visible, flag_b, op_state,"
+    " admin_state, class_instance, attrs FROM objects; DROP TABLE objects;"
+    " ALTER TABLE old RENAME TO objects;"
+    " UPDATE vesk_meta SET value = '1' WHERE name = 'format';";
+
+TEST_F(DatabaseStoreTest, StoresOfFormats1And2AreConvertedOnceAndKeepEverything) {
+    putSampleStore();
+    const std::string expected = dumpSampleStore();
     db::close();
-    edit(_dir.path() + "/config.db",
-         "CREATE TABLE old (seq INTEGER PRIMARY KEY, dn TEXT NOT NULL UNIQUE, instance INTEGER"
-         " NOT NULL, visible INTEGER NOT NULL, flag_b INTEGER NOT NULL, op_state INTEGER NOT"
-         " NULL, admin_state INTEGER NOT NULL, class_instance INTEGER NOT NULL, attrs BLOB NOT"
-         " NULL); INSERT INTO old SELECT seq, dn, instance, visible, flag_b, op_state,"
-         " admin_state, class_instance, attrs FROM objects; DROP TABLE objects;"
-         " ALTER TABLE old RENAME TO objects;"
-         " UPDATE vesk_meta SET value = '1' WHERE name = 'format';");
-    for (size_t converted : {1u, 0u}) {
-        log::LogCapture capture;
-        std::string error;
-        ASSERT_TRUE(db::open(_dir.path(), &error)) << error;
-        EXPECT_EQ(converted, capture.countContaining(": converted from format 1 to 2"));
-        EXPECT_EQ("one", committedString("OAM", "a"));
-        put("Cell=" + std::to_string(converted), "");
+    const std::string file = _dir.path() + "/config.db";
+    for (int format : {1, 2}) {
+        SCOPED_TRACE("format " + std::to_string(format));
+        std::filesystem::remove(file + "-wal");
+        std::filesystem::copy_file(kFormat2Store, file,
+                                   std::filesystem::copy_options::overwrite_existing);
+        if (format == 1)
+            edit(file, kToFormat1);
+        for (size_t converted : {1u, 0u}) {
+            log::LogCapture capture;
+            std::string error;
+            ASSERT_TRUE(db::open(_dir.path(), &error)) << error;
+            EXPECT_EQ(converted, capture.countContaining(": converted from format " +
+                                                         std::to_string(format) + " to 3"));
+            EXPECT_EQ(expected, dumpSampleStore());
+            // An object of a new layout after the converted ones.
+            put("Extra=" + std::to_string(converted), "",
+                {attr("new" + std::to_string(converted), 1, IPCData::AVT_INT32)});
+            db::close();
+        }
+        ASSERT_TRUE(db::open(_dir.path(), nullptr));
+        EXPECT_EQ((std::list<std::string>{"1", "0"}),
+                  IDatabase::getMOClassWithParent("", "Extra", 0));
         db::close();
     }
-    ASSERT_TRUE(db::open(_dir.path(), nullptr));
-    EXPECT_EQ((std::list<std::string>{"1", "0"}), IDatabase::getMOClassWithParent("", "Cell", 0));
+}
+
+// A loss of power at each write or sync of a conversion in turn, until one completes: the store
+// then opens with everything it held, converted or still of format 2.
+TEST_F(DatabaseStoreTest, APowerCutDuringAConversionLeavesAStoreThatOpensWithEverything) {
+    putSampleStore();
+    const std::string expected = dumpSampleStore();
+    db::close();
+    const std::string file = _dir.path() + "/config.db";
+    bool completed = false;
+    int cuts = 0;
+    for (int nth = 1; !completed && nth < 500 && !HasFailure(); ++nth) {
+        SCOPED_TRACE("power cut at operation " + std::to_string(nth));
+        std::filesystem::remove(file + "-wal");
+        std::filesystem::copy_file(kFormat2Store, file,
+                                   std::filesystem::copy_options::overwrite_existing);
+        db::FaultDisk disk;
+        std::string error;
+        {
+            log::LogCapture quiet;
+            disk.cutPower(nth);
+            bool opened = db::open(_dir.path(), &error);
+            completed = !disk.powerIsOff();
+            EXPECT_TRUE(opened || !completed) << error;
+            db::close();
+        }
+        cuts += completed ? 0 : 1;
+        disk.restoreSynced();
+        ASSERT_TRUE(db::open(_dir.path(), &error)) << error;
+        EXPECT_EQ(expected, dumpSampleStore());
+        db::close();
+    }
+    EXPECT_TRUE(completed);
+    EXPECT_GT(cuts, 3);
 }
 
 // Each of 200 copies of a store has one byte changed at random: each is refused, or loads exactly
