@@ -6,6 +6,7 @@
 #include <set>
 
 #include "host/cli/ModelRules.h"
+#include "host/cli/NamedValues.h"
 #include "host/cli/Shell.h"
 #include "host/cli/ValueParser.h"
 #include "host/oi/Implementers.h"
@@ -16,37 +17,6 @@ namespace cli {
 namespace {
 
 using Args = std::vector<std::string>;
-
-// The initial attributes of a create, as the agent takes them: a null-terminated array of
-// malloc'ed named containers, freed with all they hold when this goes.
-class NamedValues {
-  public:
-    NamedValues() { _list.push_back(nullptr); }
-    ~NamedValues() {
-        for (OrlMoNamedAttributeValueContainer_3* named : _list) {
-            if (named != nullptr) {
-                freeContainerContents(&named->attributeValue);
-                std::free(named->attributeName);
-                std::free(named);
-            }
-        }
-    }
-    NamedValues(const NamedValues&) = delete;
-    NamedValues& operator=(const NamedValues&) = delete;
-
-    void add(const std::string& name, ParsedValue* value) {
-        auto* named = static_cast<OrlMoNamedAttributeValueContainer_3*>(
-            std::calloc(1, sizeof(OrlMoNamedAttributeValueContainer_3)));
-        named->attributeName = strdup(name.c_str());
-        named->attributeValue = value->take();
-        _list.back() = named;
-        _list.push_back(nullptr);
-    }
-    OrlMoNamedAttributeValueContainer_3** list() { return _list.data(); }
-
-  private:
-    std::vector<OrlMoNamedAttributeValueContainer_3*> _list;  // null-terminated
-};
 
 // "name=value" split at the first "="; false when either part is missing.
 bool splitPair(const std::string& word, std::string* name, std::string* value) {
