@@ -55,8 +55,14 @@ EditOptions optionsOf(const lyd_node* rpc) {
 // The edit's data parsed against the station model. False, with the model library's reason.
 bool parseEdit(const lyd_node* config, lyd_node** edit, std::string* error) {
     const ly_ctx* context = LYD_CTX(config);
+    const auto* any = reinterpret_cast<const lyd_node_any*>(config);
     char* xml = nullptr;
-    if (lyd_any_value_str(config, &xml) != LY_SUCCESS) {
+    // The edit is printed whole (each top node with its namespace) and read again.
+    LY_ERR printed =
+        any->value_type == LYD_ANYDATA_DATATREE
+            ? lyd_print_mem(&xml, any->value.tree, LYD_XML, LYD_PRINT_WITHSIBLINGS | LYD_PRINT_SHRINK)
+            : lyd_any_value_str(config, &xml);
+    if (printed != LY_SUCCESS) {
         *error = "cannot read the edit";
         return false;
     }

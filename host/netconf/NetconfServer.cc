@@ -2,6 +2,7 @@
 
 #include <nc_server.h>
 
+#include <chrono>
 #include <cstdlib>
 #include <cstring>
 
@@ -16,7 +17,8 @@ namespace netconf {
 namespace {
 
 constexpr char kEndpoint[] = "main";
-constexpr int kServingThreads = 2;
+// One thread polls and serves: a session that ends is freed where no other poll can hold it.
+constexpr int kServingThreads = 1;
 constexpr size_t kMostSessions = 64;
 
 // The process's server, for the protocol library's callbacks.
@@ -92,10 +94,18 @@ bool NetconfServer::start(const NetconfConfig& config, std::string* error) {
     g_users = &_users;
     nc_verbosity(NC_VERB_WARNING);
     nc_set_print_clb_session(libraryLine);
+    // get-schema is answered here too, not by the library's own callback.
+    const lysc_node* getSchema =
+        lys_find_path(_schemas.context(), nullptr, "/ietf-netconf-monitoring:get-schema", 0);
+    if (getSchema != nullptr) {
+        nc_set_rpc_callback(const_cast<lysc_node*>(getSchema), reinterpret_cast<void*>(onRpc));
+    }
     if (nc_server_init(_schemas.context()) != 0) {
         *error = "cannot start the NETCONF library";
         return false;
     }
+    nc_server_set_capability("urn:ietf:params:netconf:capability:notification:1.0");
+    nc_server_set_capability("urn:ietf:params:netconf:capability:interleave:1.0");
     for (const std::string& capability : _schemas.stationCapabilities()) {
         nc_server_set_capability(capability.c_str());
     }
@@ -165,6 +175,11 @@ void NetconfServer::serveLoop() {
     while (_running) {
         nc_session* session = nullptr;
         int result = nc_ps_poll(_poll, 200, &session);
+        if (result & NC_PSPOLL_NOSESSIONS) {
+            // The poll does not wait when there is nothing to poll.
+            std::this_thread::sleep_for(std::chrono::milliseconds(20));
+            continue;
+        }
         if (result & NC_PSPOLL_SSH_CHANNEL) {
             nc_session* channel = nullptr;
             if (nc_ps_accept_ssh_channel(_poll, &channel) == NC_MSG_HELLO) {

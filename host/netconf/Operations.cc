@@ -1,5 +1,6 @@
 #include "host/netconf/Operations.h"
 
+#include <cstdlib>
 #include <cstring>
 #include <map>
 
@@ -106,6 +107,38 @@ nc_server_reply* killSession(NetconfServer& server, const lyd_node* rpc, nc_sess
     return nc_server_reply_ok();
 }
 
+// get-schema of a module or submodule of the context, as YANG text.
+nc_server_reply* getSchema(const lyd_node* rpc) {
+    const ly_ctx* context = LYD_CTX(rpc);
+    const lyd_node* id = childNamed(rpc, "identifier");
+    const lyd_node* version = childNamed(rpc, "version");
+    const lyd_node* format = childNamed(rpc, "format");
+    const std::string name = id != nullptr ? lyd_get_value(id) : "";
+    const char* revision = version != nullptr && *lyd_get_value(version) ? lyd_get_value(version) : nullptr;
+    if (format != nullptr && std::string(lyd_get_value(format)).find("yang") == std::string::npos) {
+        return errorReply(context, NC_ERR_INVALID_VALUE, "schemas are given as YANG only");
+    }
+    const lys_module* module = revision != nullptr ? ly_ctx_get_module(context, name.c_str(), revision)
+                                                   : ly_ctx_get_module_latest(context, name.c_str());
+    const lysp_submodule* submodule =
+        module == nullptr ? ly_ctx_get_submodule(context, name.c_str(), revision) : nullptr;
+    char* text = nullptr;
+    ly_out* out = nullptr;
+    ly_out_new_memory(&text, 0, &out);
+    LY_ERR printed = module != nullptr      ? lys_print_module(out, module, LYS_OUT_YANG, 0, 0)
+                     : submodule != nullptr ? lys_print_submodule(out, submodule, LYS_OUT_YANG, 0, 0)
+                                            : LY_ENOTFOUND;
+    ly_out_free(out, nullptr, 0);
+    lyd_node* output = nullptr;
+    if (printed != LY_SUCCESS || lyd_dup_single(rpc, nullptr, 0, &output) != LY_SUCCESS ||
+        lyd_new_any(output, nullptr, "data", text, 1, LYD_ANYDATA_STRING, 1, nullptr) != LY_SUCCESS) {
+        std::free(text);
+        lyd_free_tree(output);
+        return errorReply(context, NC_ERR_INVALID_VALUE, "no schema " + name);
+    }
+    return nc_server_reply_data(output, NC_WD_EXPLICIT, NC_PARAMTYPE_FREE);
+}
+
 // Binds the request's host session to the serving thread while the request runs.
 class BoundSession {
   public:
@@ -127,6 +160,9 @@ nc_server_reply* handleRpc(NetconfServer& server, const lyd_node* rpc, nc_sessio
         return errorReply(LYD_CTX(rpc), NC_ERR_OP_FAILED, "the session is closing");
     }
     BoundSession bound(server.host().sessions(), data->hostSession);
+    if (name == "get-schema") {
+        return getSchema(rpc);
+    }
     if (name == "get-config") {
         return onRunning(rpc, "source") ? readData(server, rpc, false) : notRunning(rpc);
     }

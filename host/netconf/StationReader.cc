@@ -153,10 +153,11 @@ void StationReader::addValue(lyd_node* entry, Id attribute, const Json& value) {
                        ? lyd_new_list2(entry, nullptr, name, keys.c_str(), 0, &holder)
                        : lyd_new_inner(entry, nullptr, name, 0, &holder);
             for (auto it = item.begin(); made == LY_SUCCESS && it != item.end(); ++it) {
-                if (!it->is_null() && lyd_new_term(holder, nullptr, it.key().c_str(),
-                                                   scalarText(*it).c_str(), 0, nullptr) != LY_SUCCESS) {
-                    // Keys are there already; another member the model refuses is left out.
-                    continue;
+                const lysc_node* member = lys_find_child(schema, schema->module, it.key().c_str(), 0, 0, 0);
+                // Keys came with the entry; a member the model lacks is left out.
+                if (!it->is_null() && member != nullptr && !lysc_is_key(member)) {
+                    lyd_new_term(holder, nullptr, it.key().c_str(), scalarText(*it).c_str(), 0,
+                                 nullptr);
                 }
             }
         }

@@ -1,0 +1,296 @@
+"""vesk-host --netconf on the demo station, driven by a standard NETCONF client.
+
+Usage: test_netconf.py VESK_HOST AGENT DATA_DIR. Exits 77 (skipped) when the client library is
+missing. One host serves every test; the command line of the same host (its standard input)
+reads back what NETCONF wrote.
+"""
+import json
+import os
+import shutil
+import socket
+import subprocess
+import sys
+import tempfile
+import threading
+import time
+import unittest
+
+try:
+    from ncclient import manager
+    from ncclient.operations import RPCError
+    from ncclient.transport.errors import AuthenticationError
+    import paramiko
+    from lxml import etree
+except ImportError:
+    print("ncclient is not installed: skipped")
+    sys.exit(77)
+
+HOST, AGENT, DATA = sys.argv[1:4]
+NS = "urn:vesk:params:xml:ns:yang:vesk-station"
+NC = "urn:ietf:params:xml:ns:netconf:base:1.0"
+ENB = "ManagedElement=1,ENodeBFunction=1"
+CELL = ENB + ",EUtranCellFDD=1"
+PASSWORD = "s3cret word"
+
+
+def cell_xml(cell_id, inner, operation=None):
+    op = ' xmlns:nc="%s" nc:operation="%s"' % (NC, operation) if operation else ""
+    return ('<config xmlns="%s"><ManagedElement xmlns="%s"><managedElementId>1</managedElementId>'
+            "<ENodeBFunction><eNodeBFunctionId>1</eNodeBFunctionId>"
+            "<EUtranCellFDD%s><eUtranCellFDDId>%s</eUtranCellFDDId>%s</EUtranCellFDD>"
+            "</ENodeBFunction></ManagedElement></config>" % (NC, NS, op, cell_id, inner))
+
+
+def cell_filter(cell_id, inner=""):
+    return ('<ManagedElement xmlns="%s"><managedElementId>1</managedElementId><ENodeBFunction>'
+            "<eNodeBFunctionId>1</eNodeBFunctionId><EUtranCellFDD><eUtranCellFDDId>%s"
+            "</eUtranCellFDDId>%s</EUtranCellFDD></ENodeBFunction></ManagedElement>"
+            % (NS, cell_id, inner))
+
+
+class Station:
+    """The host: vesk-host with the agent on a fresh copy of the demo station."""
+
+    def __init__(self):
+        self.dir = tempfile.mkdtemp(prefix="vesk-netconf-")
+        state = os.path.join(self.dir, "state")
+        subprocess.run([HOST, "--load", DATA + "/station/demo-station.xml", "--state", state],
+                       check=True, stdout=subprocess.DEVNULL)
+        users = os.path.join(self.dir, "users")
+        with open(users, "w") as out:
+            for user in ("icfa", "oper"):
+                entry = subprocess.run([HOST, "--netconf-hash-password", user],
+                                       input=PASSWORD + "\n", capture_output=True, text=True,
+                                       check=True).stdout
+                out.write(entry)
+        with socket.socket() as probe:
+            probe.bind(("127.0.0.1", 0))
+            self.port = probe.getsockname()[1]
+        self.log = open(os.path.join(self.dir, "host.log"), "w+")
+        self.proc = subprocess.Popen(
+            [HOST, "-p", AGENT, "-s", state, "--json", "--netconf", str(self.port),
+             "--netconf-users", users], stdin=subprocess.PIPE, stdout=subprocess.PIPE,
+            stderr=self.log, text=True, bufsize=1)
+        for _ in range(100):
+            line = self.proc.stdout.readline()
+            if line.startswith("vesk-host: NETCONF on") or not line:
+                break
+        self.assert_alive()
+
+    def assert_alive(self):
+        if self.proc.poll() is not None:
+            raise AssertionError("vesk-host ended with %s" % self.proc.returncode)
+
+    def cli(self, command):
+        """One command of the host's command line; its JSON answer."""
+        self.proc.stdin.write(command + "\n")
+        self.proc.stdin.flush()
+        while True:
+            line = self.proc.stdout.readline()
+            if not line:
+                raise AssertionError("vesk-host closed its output")
+            if line.startswith("{"):
+                return json.loads(line)
+
+    def connect(self, user="oper", password=PASSWORD):
+        return manager.connect(host="127.0.0.1", port=self.port, username=user,
+                               password=password, hostkey_verify=False, allow_agent=False,
+                               look_for_keys=False, timeout=30)
+
+    def logged(self):
+        self.log.flush()
+        with open(self.log.name) as text:
+            return text.read()
+
+    def close(self):
+        self.proc.stdin.close()
+        self.proc.terminate()
+        code = self.proc.wait(timeout=30)
+        shutil.rmtree(self.dir)
+        return code
+
+
+station = None
+
+
+def setUpModule():
+    global station
+    station = Station()
+
+
+def tearDownModule():
+    assert station.close() == 0
+
+
+class NetconfTest(unittest.TestCase):
+    def tearDown(self):
+        station.assert_alive()
+
+    def value(self, dn, attribute):
+        answer = station.cli("get %s %s" % (dn, attribute))
+        self.assertTrue(answer["ok"], answer)
+        return answer["result"][attribute]
+
+    def rpc_error(self, call):
+        with self.assertRaises(RPCError) as caught:
+            call()
+        return caught.exception
+
+    def test_capabilities_reads_and_writes(self):
+        with station.connect() as m:
+            capabilities = list(m.server_capabilities)
+            self.assertIn(":writable-running:1.0", " ".join(capabilities))
+            self.assertTrue(any("module=vesk-station" in c for c in capabilities), capabilities)
+            schema = m.get_schema("vesk-station")
+            self.assertIn("list ManagedElement", schema.data)
+            cell = m.get_config("running", filter=("subtree", cell_filter(1))).data_xml
+            self.assertIn("<earfcndl>6300</earfcndl>", cell)
+            self.assertIn("<startPci>100</startPci><pciRange>4</pciRange>", cell)
+            self.assertNotIn("<eUtranCellFDDId>2</eUtranCellFDDId>", cell)
+            chosen = m.get_config("running", filter=("xpath", "/vs:ManagedElement/vs:ENodeBFunction"
+                                                     "/vs:EUtranCellFDD[vs:eUtranCellFDDId='2']/vs:tac")).data_xml
+            self.assertIn("<tac>", chosen)
+            self.assertNotIn("earfcndl", chosen)
+            m.edit_config(target="running", config=cell_xml(
+                1, "<userLabel>north cell</userLabel><tac>321</tac>"))
+            after = m.get_config("running", filter=("subtree", cell_filter(1, "<tac/><userLabel/>")))
+            self.assertIn("<tac>321</tac>", after.data_xml)
+            self.assertEqual(self.value(CELL, "userLabel"), "north cell")
+            self.assertEqual(self.value(CELL, "tac"), 321)
+            # A create and a delete, each read back through the command line.
+            m.edit_config(target="running", config=cell_xml(
+                9, "<cellId>9</cellId><earfcndl>6300</earfcndl>", "create"))
+            self.assertTrue(station.cli("exists %s,EUtranCellFDD=9" % ENB)["result"])
+            twice = self.rpc_error(lambda: m.edit_config(target="running", config=cell_xml(
+                9, "<cellId>9</cellId><earfcndl>6300</earfcndl>", "create")))
+            self.assertEqual(twice.tag, "data-exists")
+            m.edit_config(target="running", config=cell_xml(9, "", "delete"))
+            self.assertFalse(station.cli("exists %s,EUtranCellFDD=9" % ENB)["result"])
+            gone = self.rpc_error(lambda: m.edit_config(target="running",
+                                                        config=cell_xml(9, "", "delete")))
+            self.assertEqual(gone.tag, "data-missing")
+
+    def test_0_gates_judge_the_netconf_user(self):
+        # First: the agent stops gating once a write has passed at an integrated phase.
+        station.cli("phase 3")
+        try:
+            edit = cell_xml(2, "<userLabel>gated</userLabel>")
+            with station.connect("oper") as m:
+                refused = self.rpc_error(lambda: m.edit_config(target="running", config=edit))
+                self.assertEqual(refused.tag, "operation-failed")
+                self.assertIn("<return-code>1</return-code>", refused.xml)
+                self.assertIn("cannot set userLabel", refused.message)
+                self.assertIn("reason:", refused.message)
+            self.assertNotEqual(self.value(ENB + ",EUtranCellFDD=2", "userLabel"), "gated")
+            with station.connect("icfa") as m:
+                m.edit_config(target="running", config=edit)
+            self.assertEqual(self.value(ENB + ",EUtranCellFDD=2", "userLabel"), "gated")
+        finally:
+            station.cli("phase 4")
+
+    def test_what_the_model_refuses_never_reaches_the_agent(self):
+        cases = [  # (edit, words of the model library's reason)
+            ("<tac>70000</tac>", "70000"),
+            ("<administrativeState>HALF_OPEN</administrativeState>", "HALF_OPEN"),
+            ("<noSuchAttribute>1</noSuchAttribute>", "noSuchAttribute"),
+        ]
+        before = self.value(CELL, "tac")
+        with station.connect() as m:
+            for inner, word in cases:
+                with self.subTest(edit=inner):
+                    error = self.rpc_error(lambda: m.edit_config(target="running",
+                                                                 config=cell_xml(1, inner)))
+                    self.assertEqual(error.tag, "invalid-value")
+                    self.assertIn("does not fit the model", error.message)
+                    self.assertIn(word, error.message)
+                    self.assertNotIn("return-code", error.xml)
+        self.assertEqual(self.value(CELL, "tac"), before)
+
+    def test_lock_and_kill(self):
+        edit = cell_xml(3, "<userLabel>locked out</userLabel>")
+        with station.connect() as a, station.connect() as b:
+            a.lock("running")
+            self.assertEqual(self.rpc_error(lambda: b.edit_config(target="running",
+                                                                  config=edit)).tag, "in-use")
+            self.assertEqual(self.rpc_error(lambda: b.lock("running")).tag, "lock-denied")
+            a.edit_config(target="running", config=cell_xml(3, "<userLabel>holder</userLabel>"))
+            a.unlock("running")
+            b.edit_config(target="running", config=edit)
+            b.lock("running")
+            a.kill_session(b.session_id)
+            time.sleep(0.5)
+            a.edit_config(target="running", config=cell_xml(3, "<userLabel>freed</userLabel>"))
+        self.assertEqual(self.value(ENB + ",EUtranCellFDD=3", "userLabel"), "freed")
+
+    def test_subscription_hears_another_sessions_commit(self):
+        with station.connect() as listener, station.connect() as writer:
+            # The filter is an element of the notifications module, as that module declares.
+            listener.dispatch(etree.fromstring(
+                '<create-subscription xmlns="urn:ietf:params:xml:ns:netconf:notification:1.0">'
+                '<filter><mo-change xmlns="urn:vesk:params:xml:ns:yang:vesk-notifications">'
+                "<dn>%s</dn></mo-change></filter></create-subscription>" % CELL))
+            writer.edit_config(target="running", config=cell_xml(2, "<tac>202</tac>"))
+            writer.edit_config(target="running", config=cell_xml(1, "<tac>101</tac>"))
+            notification = listener.take_notification(timeout=10)
+            self.assertIsNotNone(notification)
+            self.assertIn("<dn>%s</dn>" % CELL, notification.notification_xml)
+            self.assertIn("<name>tac</name><value>101</value>", notification.notification_xml)
+            self.assertIsNone(listener.take_notification(timeout=1))
+
+    def test_bad_input_closes_or_refuses_but_never_stops_the_host(self):
+        with self.assertRaises(AuthenticationError):
+            station.connect("oper", "wrong")
+        self.assertIn("login of oper from 127.0.0.1 refused", station.logged())
+        with station.connect() as m:
+            unsupported = self.rpc_error(lambda: m.copy_config(source="running", target="running"))
+            self.assertEqual(unsupported.tag, "operation-not-supported")
+            big = "<userLabel>%s</userLabel>" % ("x" * (10 * 1024 * 1024))
+            try:
+                m.edit_config(target="running", config=cell_xml(1, big))
+            except RPCError as error:
+                self.assertIn(error.tag, ("invalid-value", "operation-failed", "too-big"))
+        # Raw sessions: malformed XML, and an edit cut off in the middle.
+        malformed = b"<rpc message-id='1' xmlns='%s'><get-config><<>>" % NC.encode()
+        for text in (b"\n#%d\n%s\n##\n" % (len(malformed), malformed),
+                     b"\n#4000\n<rpc message-id='2' xmlns='%s'><edit-config><target><running/>"
+                     % NC.encode() + b"</target><config><ManagedElement xmlns='" + NS.encode()
+                     + b"'><managedElementId>1</managedElementId><userLabel>half"):
+            self.raw_session(text)
+        self.assertNotEqual(self.value("ManagedElement=1", "userLabel"), "half")
+        # Twenty sessions at once: each is served or refused, none hangs.
+        results = []
+
+        def one():
+            try:
+                with station.connect() as m:
+                    data = m.get_config("running", filter=("subtree", cell_filter(1))).data_xml
+                result = "<earfcndl>" in data
+            except Exception as error:  # a refused session counts, a hang does not
+                result = repr(error)
+            results.append(result)
+
+        threads = [threading.Thread(target=one) for _ in range(20)]
+        for thread in threads:
+            thread.start()
+        for thread in threads:
+            thread.join(120)
+        self.assertEqual(len(results), 20, results)
+        self.assertGreaterEqual(results.count(True), 1, results)
+        time.sleep(0.5)
+        self.assertEqual(station.cli("status")["result"]["open transactions"], 0)
+
+    def raw_session(self, text):
+        transport = paramiko.Transport(("127.0.0.1", station.port))
+        transport.connect(username="oper", password=PASSWORD)
+        channel = transport.open_session()
+        channel.invoke_subsystem("netconf")
+        hello = ('<hello xmlns="%s"><capabilities><capability>urn:ietf:params:netconf:base:1.1'
+                 "</capability></capabilities></hello>]]>]]>" % NC)
+        channel.sendall(hello.encode())
+        channel.sendall(text)
+        time.sleep(0.5)
+        transport.close()
+
+
+if __name__ == "__main__":
+    unittest.main(argv=sys.argv[:1], verbosity=2)
