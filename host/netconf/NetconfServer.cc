@@ -17,8 +17,9 @@ namespace netconf {
 namespace {
 
 constexpr char kEndpoint[] = "main";
-// One thread polls and serves: a session that ends is freed where no other poll can hold it.
-constexpr int kServingThreads = 1;
+// A client that stops in the middle of a message holds one thread until the library's read
+// time-out; the others serve on.
+constexpr int kServingThreads = 4;
 constexpr size_t kMostSessions = 64;
 
 // The process's server, for the protocol library's callbacks.

@@ -1,10 +1,10 @@
 // <create-subscription>: the station's change notifications, through a consumer of the host's
-// event router, sent to the session as vesk-notifications:mo-change notifications. A subtree
-// filter's content match on the dn becomes the consumer's dn pattern, so the producer leaves
-// out what the session does not want; any filter then chooses among what arrives.
+// event router, sent to the session as vesk-notifications:mo-change notifications. The consumer
+// takes every change; the subscription's filter chooses among them here.
 #include <libyang/libyang.h>
 
 #include <cstring>
+#include <memory>
 
 #include "host/cli/NotificationView.h"
 #include "host/events/EventRouter.h"
@@ -32,35 +32,6 @@ const lyd_node* childNamed(const lyd_node* node, const char* name) {
     return nullptr;
 }
 
-// `text` as a pattern that matches it alone.
-std::string escaped(const std::string& text) {
-    std::string result;
-    for (char c : text) {
-        if (std::strchr("\\^$.|?*+()[]{}", c) != nullptr) {
-            result += '\\';
-        }
-        result += c;
-    }
-    return result;
-}
-
-// The dn pattern of a subtree filter <mo-change><dn>DN</dn></mo-change>; none otherwise.
-std::vector<std::string> patternsOf(const lyd_node* filter) {
-    if (filter == nullptr || netconfAttribute(filter, "type") == "xpath") {
-        return {};
-    }
-    const auto* any = reinterpret_cast<const lyd_node_any*>(filter);
-    if (any->value_type != LYD_ANYDATA_DATATREE || any->value.tree == nullptr ||
-        any->value.tree->next != nullptr || nodeName(any->value.tree) != "mo-change") {
-        return {};
-    }
-    const lyd_node* dn = childNamed(any->value.tree, "dn");
-    if (dn == nullptr || nodeValue(dn).empty() || firstChild(dn) != nullptr) {
-        return {};
-    }
-    return {escaped(nodeValue(dn))};
-}
-
 // The notification as a data tree of vesk-notifications:mo-change.
 lyd_node* notificationTree(const lys_module* module, const cli::Json& json) {
     lyd_node* tree = nullptr;
@@ -85,15 +56,39 @@ lyd_node* notificationTree(const lys_module* module, const cli::Json& json) {
     return tree;
 }
 
+// Whether the subtree filter `node` (a mo-change) chooses the notification: each content match
+// equals its field, and each attribute entry named is among the changed attributes.
+bool chooses(const lyd_node* node, const cli::Json& json) {
+    if (nodeName(node) != "mo-change") {
+        return false;
+    }
+    for (const lyd_node* match = firstChild(node); match != nullptr; match = match->next) {
+        const std::string field = nodeName(match);
+        if (field == "attribute") {
+            const lyd_node* name = childNamed(match, "name");
+            if (name != nullptr && !json.value("attributes", cli::Json::object()).contains(nodeValue(name))) {
+                return false;
+            }
+        } else if (!nodeValue(match).empty() &&
+                   scalarText(json.value(field, cli::Json(""))) != nodeValue(match)) {
+            return false;
+        }
+    }
+    return true;
+}
+
 // Sends one change notification to `session` when `filter` chooses it.
 void deliver(NetconfServer& server, nc_session* session, const Filter& filter,
-             const OrlOamSpiCmEvent_Notification_1T& record) {
+             const lyd_node* subtree, const OrlOamSpiCmEvent_Notification_1T& record) {
     const cli::Json json = cli::notificationJson(record, server.model());
+    if (subtree != nullptr && !chooses(subtree, json)) {
+        return;
+    }
     lyd_node* tree = notificationTree(server.schemas().notifications(), json);
     if (tree == nullptr) {
         return;
     }
-    if (!filter.all) {
+    if (!filter.all && subtree == nullptr) {
         lyd_node* chosen = nullptr;
         std::string ignored;
         applyFilter(filter, tree, &chosen, &ignored);
@@ -135,16 +130,26 @@ nc_server_reply* createSubscription(NetconfServer& server, const lyd_node* rpc,
     if (!readFilter(childNamed(rpc, "filter"), server.model(), &filter, &error)) {
         return errorReply(context, NC_ERR_INVALID_VALUE, error);
     }
+    // A subtree filter is kept as given and matched field by field.
+    const lyd_node* filterNode = childNamed(rpc, "filter");
+    std::shared_ptr<lyd_node> subtree;
+    const auto* any = reinterpret_cast<const lyd_node_any*>(filterNode);
+    if (filterNode != nullptr && netconfAttribute(filterNode, "type") != "xpath" &&
+        any->value_type == LYD_ANYDATA_DATATREE && any->value.tree != nullptr) {
+        lyd_node* copy = nullptr;
+        lyd_dup_single(any->value.tree, nullptr, LYD_DUP_RECURSIVE, &copy);
+        subtree.reset(copy, [](lyd_node* node) { lyd_free_tree(node); });
+    }
     events::EventRouter& router = server.host().events();
     NetconfServer* owner = &server;
     unsigned long consumer = router.addConsumer(
         "NETCONF session " + std::to_string(nc_session_get_id(session)),
-        [owner, session, filter](unsigned long, const char*, const void* record) {
-            deliver(*owner, session, filter,
+        [owner, session, filter, subtree](unsigned long, const char*, const void* record) {
+            deliver(*owner, session, filter, subtree.get(),
                     *static_cast<const OrlOamSpiCmEvent_Notification_1T*>(record));
         });
     nc_session_inc_notif_status(session);
-    OrlReturnT code = router.subscribe(consumer, events::kCmEventType, patternsOf(childNamed(rpc, "filter")));
+    OrlReturnT code = router.subscribe(consumer, events::kCmEventType, {});
     if (code != OrlOk) {
         router.removeConsumer(consumer);
         nc_session_dec_notif_status(session);
