@@ -28,6 +28,7 @@ Host::Host() : _plugin(new PluginLoader), _implementers(new oi::Implementers(*th
     _portal.addService(&_stubs.repository2()->header);
     _portal.addService(&_stubs.repository3()->header);
     _portal.addService(&_events.record()->header);
+    peers::addStationPeers(*this, _peers);
 }
 
 Host::~Host() {
@@ -143,6 +144,11 @@ void Host::settleNotifications() {
     }
 }
 
+void Host::keepJournal(size_t capacity, events::Journal::Format format) {
+    _journal.reset();
+    _journal.reset(new events::Journal(_events, capacity, std::move(format)));
+}
+
 void Host::terminate() {
     if (_plugin->isOpen()) {
         _plugin->terminate();
@@ -163,6 +169,45 @@ void Host::unload() {
     _plugin->close();
     _agent.clear();
     setStatus(OrlController::TIB_STOPPED);
+}
+
+bool Host::restartAgent(std::string* error) {
+    std::string path = _plugin->path();
+    if (!_plugin->isOpen()) {
+        *error = "no plug-in is loaded";
+        return false;
+    }
+    VESK_INFO("host: restarting %s", path.c_str());
+    stop();
+    unload();
+    return load(path, error) == kLoaded && start(error) == OrlOk;
+}
+
+void Host::afterTransactions(std::function<void()> work) {
+    std::lock_guard<std::mutex> lock(_deferredMutex);
+    _deferred.push_back(Deferred{_coordinator.openHandles(), std::move(work)});
+}
+
+void Host::runAfterTransactions() {
+    std::vector<std::function<void()>> due;
+    {
+        std::lock_guard<std::mutex> lock(_deferredMutex);
+        for (auto it = _deferred.begin(); it != _deferred.end();) {
+            bool ended = true;
+            for (OrlTxHandleT tx : it->waitFor) {
+                ended = ended && !_coordinator.isOpen(tx);
+            }
+            if (ended) {
+                due.push_back(std::move(it->work));
+                it = _deferred.erase(it);
+            } else {
+                ++it;
+            }
+        }
+    }
+    for (const std::function<void()>& work : due) {
+        work();
+    }
 }
 
 void Host::refuseInterface(const std::string& service, const std::string& interfaceName,
@@ -207,12 +252,16 @@ OrlReturnT Host::begin(OrlTxHandleT* tx) {
 
 OrlReturnT Host::commit(OrlTxHandleT tx) {
     ThreadContext::beginRequest();
-    return _coordinator.commit(tx);
+    OrlReturnT result = _coordinator.commit(tx);
+    runAfterTransactions();
+    return result;
 }
 
 OrlReturnT Host::abort(OrlTxHandleT tx) {
     ThreadContext::beginRequest();
-    return _coordinator.abort(tx);
+    OrlReturnT result = _coordinator.abort(tx);
+    runAfterTransactions();
+    return result;
 }
 
 uint64_t Host::openSession(int32_t protocol, const std::string& user) {

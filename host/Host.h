@@ -8,7 +8,9 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <memory>
+#include <mutex>
 #include <string>
 #include <utility>
 #include <vector>
@@ -19,9 +21,11 @@
 #include "host/ThreadContext.h"
 #include "host/TransactionCoordinator.h"
 #include "host/events/EventRouter.h"
+#include "host/events/Journal.h"
 #include "host/model/ModelRepository.h"
 #include "host/model/ModelSchema.h"
 #include "host/oi/Implementers.h"
+#include "host/peers/Peers.h"
 #include "platform/orl/OrlOamSpi.h"
 
 namespace vesk {
@@ -67,6 +71,14 @@ class Host {
     void terminate();
     // Terminates if still due and closes the plug-in library.
     void unload();
+    // The station's restart of the agent: stop, terminate, unload, then load the same plug-in
+    // and start it again on the same state. False, with the reason, when it did not come back.
+    // Not from inside a call of the agent.
+    bool restartAgent(std::string* error);
+    // Runs `work` once every transaction open now has ended, on the thread that ends the last
+    // of them (at the end of commit or abort); with none open, at the end of the next commit
+    // or abort. Any thread, also from inside a call of the agent.
+    void afterTransactions(std::function<void()> work);
 
     // Test controls of the portal.
     void refuseInterface(const std::string& service, const std::string& interfaceName,
@@ -106,6 +118,11 @@ class Host {
     // the router's consumers (at most a few seconds; nothing to wait for without consumers).
     events::EventRouter& events() { return _events; }
     void settleNotifications();
+    // From now on every change notification is kept in a journal of the last `capacity` (see
+    // events::Journal), in place of one kept before; before start, so that none is missed.
+    void keepJournal(size_t capacity, events::Journal::Format format);
+    // The journal, or null when none is kept.
+    const events::Journal* journal() const { return _journal.get(); }
 
     Portal& portal() { return _portal; }
     ComponentRegistry& components() { return _portal.components(); }
@@ -113,10 +130,19 @@ class Host {
     Sessions& sessions() { return _sessions; }
     // The host's own object implementers; they are unregistered at stop and unload.
     oi::Implementers& implementers() { return *_implementers; }
+    // The station's components the host plays.
+    peers::Peers& peers() { return _peers; }
 
   private:
     void* agentRecord(const char* interfaceName, const char* version);
     void setStatus(int status);
+    // Runs the work of afterTransactions whose transactions have all ended.
+    void runAfterTransactions();
+
+    struct Deferred {
+        std::vector<OrlTxHandleT> waitFor;
+        std::function<void()> work;
+    };
 
     Portal _portal;
     TransactionCoordinator _coordinator;
@@ -127,8 +153,13 @@ class Host {
     model::ModelSchema _model;
     std::unique_ptr<model::ModelRepository> _repository;
     std::unique_ptr<PluginLoader> _plugin;
+    // After the router and the model: its consumer formats with the model and leaves first.
+    std::unique_ptr<events::Journal> _journal;
     std::string _agent;
     bool _stateOpen = false;
+    std::mutex _deferredMutex;
+    std::vector<Deferred> _deferred;
+    peers::Peers _peers;
     std::unique_ptr<oi::Implementers> _implementers;  // last: it calls the records above
 };
 

@@ -48,6 +48,9 @@ po::options_description describe() {
                 "the NETCONF users file: NAME:HASH lines (see --netconf-hash-password)")(
         "netconf-hash-password", po::value<std::string>(),
         "read a password from standard input and print the users file entry of this user")(
+        "journal", po::value<long>()->default_value(1000),
+        "how many of the last change notifications the host keeps for 'notifications'")(
+        "no-journal", "keep no journal: a notification nobody watches is then taken by no one")(
         "watch,w", po::value<std::string>(),
         "print the change notifications of the host running on --state whose dn matches this "
         "pattern ('' for all), until interrupted");
@@ -71,11 +74,16 @@ bool readCommandLineOptions(const po::variables_map& values, HostOptions* option
         *error = "unknown protocol '" + options->protocol + "' (netconf, cli or none)";
         return false;
     }
+    long journal = values["journal"].as<long>();
+    if (journal < 1 || journal > 1000000) {
+        *error = "--journal takes 1 to 1000000 notifications (--no-journal keeps none)";
+        return false;
+    }
+    options->journal = values.count("no-journal") > 0 ? 0 : static_cast<size_t>(journal);
     return true;
 }
 
-bool readNetconfOptions(const po::variables_map& values, HostOptions* options,
-                        std::string* error) {
+bool readNetconfOptions(const po::variables_map& values, HostOptions* options, std::string* error) {
     if (values.count("netconf") > 0) {
         options->netconf = values["netconf"].as<std::string>();
     }
@@ -101,6 +109,7 @@ void printHostHelp(std::ostream& out) {
         << "                 [-c COMMANDS | --script FILE] [--strict] [--json]\n"
         << "                 [--protocol netconf|cli|none] [--user NAME]\n"
         << "                 [--netconf [ADDR:]PORT --netconf-users FILE]\n"
+        << "                 [--journal N | --no-journal]\n"
         << "       vesk-host --load STATION.xml [--station-objects FILE] --state DIR\n"
         << "       vesk-host --watch REGEX [--state DIR] [--json]\n"
         << "       vesk-host --netconf-hash-password NAME < PASSWORD\n"
@@ -161,8 +170,7 @@ bool parseHostOptions(int argc, const char* const* argv, HostOptions* options, s
         }
     }
     if (!options->help && !options->watch && options->netconfHashUser.empty() &&
-        options->plugin.empty() &&
-        options->loadStation.empty()) {
+        options->plugin.empty() && options->loadStation.empty()) {
         *error = "the option '--plugin' is required";
         return false;
     }

@@ -190,6 +190,15 @@ bool TransactionCoordinator::isOpen(OrlTxHandleT tx) const {
     return _open.count(tx) == 1;
 }
 
+std::vector<OrlTxHandleT> TransactionCoordinator::openHandles() const {
+    std::lock_guard<std::mutex> lock(_mutex);
+    std::vector<OrlTxHandleT> handles;
+    for (const auto& entry : _open) {
+        handles.push_back(entry.first);
+    }
+    return handles;
+}
+
 TransactionCoordinator::Participants TransactionCoordinator::participants(OrlTxHandleT tx) const {
     std::lock_guard<std::mutex> lock(_mutex);
     auto it = _open.find(tx);

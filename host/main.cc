@@ -17,11 +17,13 @@
 #include <cstdlib>
 #include <filesystem>
 #include <iostream>
+#include <memory>
 #include <string>
 
 #include "host/Host.h"
 #include "host/HostOptions.h"
 #include "host/WatchClient.h"
+#include "host/cli/Answer.h"
 #include "host/cli/Console.h"
 #include "host/cli/NotificationView.h"
 #include "host/events/WatchRelay.h"
@@ -128,6 +130,18 @@ int prepare(vesk::host::Host& host, const vesk::host::HostOptions& options) {
     return options.loadStation.empty() ? kOk : loadStation(host, options);
 }
 
+// The host's own journal of change notifications (unless --no-journal), kept from before the
+// agent starts, as the operator sees them in `notifications`.
+void keepJournal(vesk::host::Host& host, const vesk::host::HostOptions& options) {
+    if (options.journal == 0) {
+        return;
+    }
+    auto view = std::make_shared<vesk::host::cli::ModelView>(*host.model());
+    host.keepJournal(options.journal, [view](const OrlOamSpiCmEvent_Notification_1T& notification) {
+        return vesk::host::cli::dumpJson(vesk::host::cli::notificationJson(notification, *view));
+    });
+}
+
 int run(const vesk::host::HostOptions& options, const sigset_t& signals) {
     vesk::host::Host host;
     int prepared = prepare(host, options);
@@ -146,6 +160,7 @@ int run(const vesk::host::HostOptions& options, const sigset_t& signals) {
         default:
             return fail(kLoad, error);
     }
+    keepJournal(host, options);
     if (host.start(&error) != OrlOk) {
         return fail(kStart, error);
     }
@@ -155,6 +170,8 @@ int run(const vesk::host::HostOptions& options, const sigset_t& signals) {
     console.shell.divertLog = !logLevelChosen(options) && options.logFile.empty();
     console.commands = options.commands;
     console.script = options.script;
+    int endedBy = 0;
+    console.endedBy = &endedBy;
     // A batch run keeps standard output for its answers.
     std::ostream& up = console.batch() ? std::cerr : std::cout;
     up << "vesk-host: up, components:";
@@ -181,7 +198,10 @@ int run(const vesk::host::HostOptions& options, const sigset_t& signals) {
     }
     int status = vesk::host::cli::runConsole(host, console, signals);
     if (netconf) {
-        vesk::host::netconf::serveUntilSignalled(signals);
+        // Input that ended on its own leaves the server serving until a signal comes.
+        if (endedBy == 0) {
+            vesk::host::netconf::serveUntilSignalled(signals);
+        }
         netconf->stop();
     }
     host.settleNotifications();

@@ -86,6 +86,8 @@ void writeText(const Answer& answer, std::ostream& out) {
         bool refused = answer.asked && answer.code != OrlOk;
         out << (refused ? returnCodeName(answer.code) : std::string("error")) << ": "
             << shown(answer.error) << "\n";
+        // A refusal may still carry a value (an action's result).
+        writeData(answer.data, out);
     } else {
         if (answer.asked) {
             out << returnCodeName(answer.code) << "\n";

@@ -115,6 +115,16 @@ bool splitWords(const std::string& command, std::vector<std::string>* words, std
     return true;
 }
 
+bool splitPair(const std::string& word, std::string* name, std::string* value) {
+    size_t equals = word.find('=');
+    if (equals == std::string::npos || equals == 0 || equals + 1 == word.size()) {
+        return false;
+    }
+    *name = word.substr(0, equals);
+    *value = word.substr(equals + 1);
+    return true;
+}
+
 }  // namespace cli
 }  // namespace host
 }  // namespace vesk

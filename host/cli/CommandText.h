@@ -18,6 +18,9 @@ std::vector<std::string> splitCommands(const std::string& text);
 // The words of one command. False, with the reason in `error`, for an unterminated quote.
 bool splitWords(const std::string& command, std::vector<std::string>* words, std::string* error);
 
+// "name=value" split at the first "="; false when either part is missing.
+bool splitPair(const std::string& word, std::string* name, std::string* value);
+
 }  // namespace cli
 }  // namespace host
 }  // namespace vesk

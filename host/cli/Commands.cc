@@ -5,6 +5,7 @@
 #include <cstdlib>
 #include <memory>
 
+#include "host/cli/ActionCommands.h"
 #include "host/cli/Shell.h"
 #include "host/cli/WatchCommands.h"
 #include "host/cli/WriteCommands.h"
@@ -156,6 +157,10 @@ const std::vector<Command>& commandTable() {
          runSet},
         {"create", "PARENT_DN CLASS=ID [ATTR=VALUE...]", "create an MO", 2, kAnyCount, runCreate},
         {"delete", "DN", "delete an MO", 1, 1, runDelete},
+        {"action", "DN NAME [PARAM=VALUE...]", "run an action of an MO", 2, kAnyCount, runAction},
+        {"peer", "[NAME show|BEHAVIOUR|...]",
+         "list the station's peers, show what one received, or set its behaviour", 0, kAnyCount,
+         runPeer},
         {"oi",
          "add dn|class DN_OR_PATH ok|tryagain N|fail CODE | set ID BEHAVIOUR | list | show ID | "
          "remove ID",
@@ -169,6 +174,9 @@ const std::vector<Command>& commandTable() {
          "print change notifications of the MOs whose dn matches REGEX (all without one)", 0, 1,
          runWatch},
         {"unwatch", "[N]", "end watch N (all without N)", 0, 1, runUnwatch},
+        {"notifications", "[N] [REGEX]",
+         "show the last N (10) notifications the host kept whose dn matches REGEX", 0, 2,
+         runNotifications},
         {"status", "", "show the open transaction, the session, the components and the consumers",
          0, 0, runStatus},
         {"help", "[COMMAND]", "list the commands", 0, 1, runHelp},

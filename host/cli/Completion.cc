@@ -125,6 +125,49 @@ void completeCreate(Shell& shell, const Words& words, const std::string& partial
     addMatching(valuesOf(shell, dn, name), name + "=", partial, "", out);
 }
 
+// The words of action after its dn: NAME, then PARAM=.
+void completeAction(Shell& shell, const Words& words, const std::string& partial,
+                    Completions* out) {
+    const ModelView& model = shell.model();
+    Id moc = kNone;
+    Id action = kNone;
+    std::string error;
+    if (!model.resolveDn(words[1], &moc, &error)) {
+        return;
+    }
+    Words names;
+    if (words.size() == 2) {
+        for (Id each : model.actions(moc)) {
+            names.push_back(model.actionName(each));
+        }
+        addMatching(names, "", partial, "", out);
+    } else if (model.resolveAction(moc, words[2], &action, &error)) {
+        for (Id parameter : model.actionParameters(action)) {
+            names.push_back(model.attributeName(parameter));
+        }
+        out->space = false;
+        addMatching(names, "", partial, "=", out);
+    }
+}
+
+// The peers' names, then the words the peer takes.
+void completePeer(Shell& shell, const Words& words, const std::string& partial, Completions* out) {
+    Words names;
+    for (peers::Peer* peer : shell.host().peers().all()) {
+        if (words.size() == 1) {
+            names.push_back(peer->name());
+        } else if (words.size() == 2 && peer->name() == words[1]) {
+            std::string usage = peer->usage();
+            for (size_t start = 0, bar; start <= usage.size(); start = bar + 1) {
+                bar = usage.find('|', start);
+                bar = bar == std::string::npos ? usage.size() : bar;
+                names.push_back(usage.substr(start, bar - start));
+            }
+        }
+    }
+    addMatching(names, "", partial, "", out);
+}
+
 Words commandNames() {
     Words names;
     for (const Command& command : commandTable()) {
@@ -145,6 +188,8 @@ Completions complete(Shell& shell, const std::string& before, const std::string&
     const size_t position = words.size();
     if (position == 0 || (command == "help" && position == 1)) {
         addMatching(commandNames(), "", partial, "", &out);
+    } else if (command == "peer") {
+        completePeer(shell, words, partial, &out);
     } else if (position == 1 && command != "oi" && command != "phase") {
         completeDn(shell, partial, &out);
     } else if (command == "oi" && position == 1) {
@@ -161,6 +206,8 @@ Completions complete(Shell& shell, const std::string& before, const std::string&
         }
     } else if (command == "create") {
         completeCreate(shell, words, partial, &out);
+    } else if (command == "action") {
+        completeAction(shell, words, partial, &out);
     }
     return out;
 }

@@ -1,5 +1,9 @@
 #include "host/cli/Executor.h"
 
+#include <cstdlib>
+
+#include "host/cli/ValueParser.h"
+
 namespace vesk {
 namespace host {
 namespace cli {
@@ -125,6 +129,33 @@ void Executor::get(const std::string& dn, const std::vector<Id>& attributes, Ans
         }
         return attributes.size() == 1 ? getOne(tx, dn, attributes[0], a)
                                       : getMany(tx, dn, attributes, a);
+    });
+}
+
+void Executor::action(const std::string& dn, const std::string& name, Id output,
+                      OrlMoNamedAttributeValueContainer_3** parameters, Answer* answer) {
+    run(answer, [&](OrlTxHandleT tx, Answer* a) {
+        OrlReturnT code = OrlOk;
+        if (!present(tx, dn, a, &code)) {
+            return code;
+        }
+        // The agent fills the container and leaves `release` as it is given.
+        OrlMoAttributeValueResult_3 result{nullptr, nullptr};
+        code = _host.callAgent(&OrlOamSpiManagedObject_3::action, tx, dn.c_str(), name.c_str(),
+                               parameters, &result);
+        if (result.container != nullptr) {
+            const OrlMoAttributeValueContainer_3* value = result.container;
+            bool declared = output != kNone && _model.baseType(output) == value->type;
+            a->data = Json::object();
+            a->data[output != kNone ? _model.attributeName(output) : "result"] =
+                _formatter.format(declared ? output : kNone, value);
+            freeContainerContents(result.container);
+            std::free(result.container);
+        }
+        if (code != OrlOk) {
+            a->error = "action " + name + " of " + dn + " refused";
+        }
+        return code;
     });
 }
 

@@ -57,6 +57,13 @@ class Executor {
     // it along. The answer names every MO that went, children first, as walked just before.
     void remove(const std::string& dn, Id moc, Answer* answer);
 
+    // Runs the action `name` on `dn` with `parameters` (null-terminated). Refused with "no MO DN"
+    // before the agent is asked when `dn` does not exist. A result value is shown under the
+    // name of `output` (the action's declared result; "result" when kNone), in the model's
+    // terms when its type is the declared one.
+    void action(const std::string& dn, const std::string& name, Id output,
+                OrlMoNamedAttributeValueContainer_3** parameters, Answer* answer);
+
     // The dns of the children of class `className` of `parentDn` ("" for MOs of the root
     // class), read in the open transaction or in one of their own that is then aborted; empty
     // when the agent cannot tell. For completion: no answer, no messages.

@@ -111,6 +111,38 @@ bool ModelView::resolveAttribute(Id moc, const std::string& name, Id* attribute,
     return true;
 }
 
+bool ModelView::resolveAction(Id moc, const std::string& name, Id* action,
+                              std::string* error) const {
+    std::string known;
+    for (Id it : actions(moc)) {
+        if (actionName(it) == name) {
+            *action = it;
+            return true;
+        }
+        known += (known.empty() ? "" : ", ") + actionName(it);
+    }
+    *error = "class " + className(moc) + " has no action '" + name + "'" +
+             (known.empty() ? " (it has none)" : " (its actions: " + known + ")");
+    return false;
+}
+
+std::vector<Id> ModelView::actions(Id moc) const {
+    std::vector<Id> result;
+    for (Id it = tables().mocs[moc].firstAction; it != kNone; it = tables().actions[it].next) {
+        result.push_back(it);
+    }
+    return result;
+}
+
+std::vector<Id> ModelView::actionParameters(Id action) const {
+    std::vector<Id> result;
+    for (Id it = tables().actions[action].firstInput; it != kNone;
+         it = tables().attributes[it].next) {
+        result.push_back(it);
+    }
+    return result;
+}
+
 std::vector<Id> ModelView::attributes(Id moc) const {
     std::vector<Id> result;
     for (Id it = tables().mocs[moc].firstAttribute; it != kNone;

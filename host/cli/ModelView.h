@@ -33,6 +33,16 @@ class ModelView {
     // The attribute `name` of `moc`; false with the reason otherwise.
     bool resolveAttribute(Id moc, const std::string& name, Id* attribute, std::string* error) const;
 
+    // The action `name` of `moc`; false, with the reason and the class's actions, otherwise.
+    bool resolveAction(Id moc, const std::string& name, Id* action, std::string* error) const;
+    // The actions of `moc` in model order.
+    std::vector<Id> actions(Id moc) const;
+    const std::string& actionName(Id action) const { return tables().actionName(action); }
+    // The parameters of an action in model order (attribute records).
+    std::vector<Id> actionParameters(Id action) const;
+    // The result of an action (an attribute record), or kNone when it gives no value.
+    Id actionResult(Id action) const { return tables().actions[action].output; }
+
     // The attributes of `moc` in model order, key first.
     std::vector<Id> attributes(Id moc) const;
     const std::string& className(Id moc) const { return tables().mocName(moc); }

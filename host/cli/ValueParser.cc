@@ -182,6 +182,25 @@ bool ValueParser::readNode(Id attribute, const std::string& text, Node* node,
     return true;
 }
 
+NamedValues::~NamedValues() {
+    for (OrlMoNamedAttributeValueContainer_3* named : _list) {
+        if (named != nullptr) {
+            freeContainerContents(&named->attributeValue);
+            std::free(named->attributeName);
+            std::free(named);
+        }
+    }
+}
+
+void NamedValues::add(const std::string& name, ParsedValue* value) {
+    auto* named = static_cast<OrlMoNamedAttributeValueContainer_3*>(
+        std::calloc(1, sizeof(OrlMoNamedAttributeValueContainer_3)));
+    named->attributeName = strdup(name.c_str());
+    named->attributeValue = value->take();
+    _list.back() = named;
+    _list.push_back(nullptr);
+}
+
 void freeContainerContents(OrlMoAttributeValueContainer_3* container) {
     for (uint32_t i = 0; container->values != nullptr && i < container->nrOfValues; ++i) {
         OrlMoAttributeValue_3& slot = container->values[i];

@@ -42,6 +42,24 @@ class ParsedValue {
 // Frees what a container holds (strings, member lists, the slots), not the container itself.
 void freeContainerContents(OrlMoAttributeValueContainer_3* container);
 
+// Named values as the agent takes them (the initial attributes of a create, the parameters of an
+// action): a null-terminated array of malloc'ed named containers, freed with all they hold when
+// this goes.
+class NamedValues {
+  public:
+    NamedValues() { _list.push_back(nullptr); }
+    ~NamedValues();
+    NamedValues(const NamedValues&) = delete;
+    NamedValues& operator=(const NamedValues&) = delete;
+
+    // Appends `name` with the value taken from `value`.
+    void add(const std::string& name, ParsedValue* value);
+    OrlMoNamedAttributeValueContainer_3** list() { return _list.data(); }
+
+  private:
+    std::vector<OrlMoNamedAttributeValueContainer_3*> _list;  // null-terminated
+};
+
 class ValueParser {
   public:
     explicit ValueParser(const ModelView& model) : _model(model), _rules(model) {}

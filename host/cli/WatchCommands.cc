@@ -1,6 +1,7 @@
 #include "host/cli/WatchCommands.h"
 
 #include <cerrno>
+#include <cstdint>
 #include <cstdlib>
 
 #include "host/cli/NotificationView.h"
@@ -23,6 +24,25 @@ Json consumerJson(const events::ConsumerInfo& info) {
         json["refusing"] = returnCodeName(info.refusal);
     }
     return json;
+}
+
+// A whole number from 1 to INT32_MAX in `word`, or 0.
+long countIn(const std::string& word) {
+    char* end = nullptr;
+    errno = 0;
+    long count = std::strtol(word.c_str(), &end, 10);
+    bool whole = end != word.c_str() && *end == '\0' && errno == 0;
+    return whole && count > 0 && count <= INT32_MAX ? count : 0;
+}
+
+Json journalStatus(const Host& host) {
+    const events::Journal* journal = host.journal();
+    if (journal == nullptr) {
+        return "off";
+    }
+    return Json::object({{"kept", journal->size()},
+                         {"capacity", journal->capacity()},
+                         {"recorded", journal->recorded()}});
 }
 
 }  // namespace
@@ -112,10 +132,8 @@ void runWatch(Shell& shell, const std::vector<std::string>& args, Answer* answer
 void runUnwatch(Shell& shell, const std::vector<std::string>& args, Answer* answer) {
     std::vector<int> ids = shell.watches().ids();
     if (!args.empty()) {
-        char* end = nullptr;
-        errno = 0;
-        long id = std::strtol(args[0].c_str(), &end, 10);
-        if (end == args[0].c_str() || *end != '\0' || errno != 0 || id <= 0 || id > INT32_MAX) {
+        long id = countIn(args[0]);
+        if (id == 0) {
             answer->error = "a watch is named by its number, not '" + args[0] + "'";
             return;
         }
@@ -136,13 +154,44 @@ void runUnwatch(Shell& shell, const std::vector<std::string>& args, Answer* answ
     }
 }
 
+void runNotifications(Shell& shell, const std::vector<std::string>& args, Answer* answer) {
+    const events::Journal* journal = shell.host().journal();
+    long count = args.empty() ? 0 : countIn(args[0]);
+    if (args.size() == 2 && count == 0) {
+        answer->error = "a count of notifications is a whole number above 0, not '" + args[0] + "'";
+        return;
+    }
+    std::string pattern = args.size() == 2 || (args.size() == 1 && count == 0) ? args.back() : "";
+    std::string bad = filterPatternError(pattern);
+    if (!bad.empty()) {
+        answer->error = "bad pattern '" + pattern + "': " + bad;
+        return;
+    }
+    if (journal == nullptr) {
+        answer->error = "the host keeps no journal of notifications (--no-journal)";
+        return;
+    }
+    // What was committed before this command is in the journal.
+    shell.host().settleNotifications();
+    answer->data = Json::array();
+    for (const events::Journal::Entry& entry : journal->last(count > 0 ? count : 10, pattern)) {
+        Json json = Json::parse(entry.line);
+        answer->data.push_back(shell.options().json ? json : Json(notificationText(json)));
+    }
+    if (answer->data.empty()) {
+        answer->notes.push_back("no notification in the journal" +
+                                (pattern.empty() ? "" : " matches '" + pattern + "'"));
+    }
+}
+
 Json eventStatus(Shell& shell) {
     Json consumers = Json::array();
     for (const events::ConsumerInfo& info : shell.host().events().consumers()) {
         consumers.push_back(consumerJson(info));
     }
-    return Json::object(
-        {{"producers", shell.host().events().producerCount()}, {"consumers", consumers}});
+    return Json::object({{"producers", shell.host().events().producerCount()},
+                         {"consumers", consumers},
+                         {"journal", journalStatus(shell.host())}});
 }
 
 }  // namespace cli

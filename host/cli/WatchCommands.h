@@ -1,7 +1,7 @@
 // The command line's watches of change notifications: `watch [REGEX]` adds a consumer to the
 // host's event router that prints every notification whose dn matches REGEX as a whole (every
 // notification without one), as it arrives; `unwatch [N]` ends watch N, or all. The shell owns
-// its watches; they end with it.
+// its watches; they end with it. `notifications` shows what the host's journal kept.
 #pragma once
 
 #include <map>
@@ -47,7 +47,10 @@ class Watches {
 void runWatch(Shell& shell, const std::vector<std::string>& args, Answer* answer);
 // unwatch [N]
 void runUnwatch(Shell& shell, const std::vector<std::string>& args, Answer* answer);
-// The router's consumers and producers, for `status`.
+// notifications [N] [REGEX]: the last N (10 without N) notifications of the host's journal whose
+// dn matches REGEX as a whole, oldest first, each as a watch prints it.
+void runNotifications(Shell& shell, const std::vector<std::string>& args, Answer* answer);
+// The router's consumers and producers and the journal's size, for `status`.
 Json eventStatus(Shell& shell);
 
 }  // namespace cli

@@ -5,8 +5,8 @@
 #include <memory>
 #include <set>
 
+#include "host/cli/CommandText.h"
 #include "host/cli/ModelRules.h"
-#include "host/cli/NamedValues.h"
 #include "host/cli/Shell.h"
 #include "host/cli/ValueParser.h"
 #include "host/oi/Implementers.h"
@@ -17,17 +17,6 @@ namespace cli {
 namespace {
 
 using Args = std::vector<std::string>;
-
-// "name=value" split at the first "="; false when either part is missing.
-bool splitPair(const std::string& word, std::string* name, std::string* value) {
-    size_t equals = word.find('=');
-    if (equals == std::string::npos || equals == 0 || equals + 1 == word.size()) {
-        return false;
-    }
-    *name = word.substr(0, equals);
-    *value = word.substr(equals + 1);
-    return true;
-}
 
 // The value words of attribute `name` of class `moc`, parsed; false with the reason otherwise,
 // also when the operator may not write the attribute.

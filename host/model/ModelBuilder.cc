@@ -82,6 +82,9 @@ class TableBuilder {
   private:
     Id addProperties(const std::string& name, const lysc_ext_instance* exts);
     Id addAttributes(const lysc_node* parent);
+    // The attributes among `first` and its siblings, linked in order.
+    Id addAttributeChain(const lysc_node* first);
+    Id addActions(const lysc_node* list);
     Id addAttribute(const lysc_node* node);
     Id addTypeContainer(const lysc_node* node);
     // Appends `container`; its default array is filled by pointDefaultArrays.
@@ -134,6 +137,8 @@ Id TableBuilder::addMoc(const lysc_node* list) {
     moc.firstAttribute = attributes;
     moc.systemCreated = findExtension(list->exts, "system-created") != nullptr;
     moc.node = list;
+    Id actions = addActions(list);
+    _t.mocs[id].firstAction = actions;
     Id containments = addContainments(id, list);
     _t.mocs[id].firstContainment = containments;
     return id;
@@ -161,10 +166,38 @@ Id TableBuilder::addContainments(Id parent, const lysc_node* node) {
     return first;
 }
 
-Id TableBuilder::addAttributes(const lysc_node* parent) {
+Id TableBuilder::addActions(const lysc_node* list) {
     Id first = kNone;
     Id last = kNone;
-    for (const lysc_node* child = lysc_node_child(parent); child != nullptr; child = child->next) {
+    for (const lysc_node_action* action = lysc_node_actions(list); action != nullptr;
+         action = action->next) {
+        Id id = static_cast<Id>(_t.actions.size());
+        _t.actions.push_back(ActionRecord());
+        Id properties = addProperties(action->name, nullptr);
+        Id inputs = addAttributeChain(action->input.child);
+        Id outputs = addAttributeChain(action->output.child);
+        ActionRecord& record = _t.actions[id];
+        record.properties = properties;
+        record.firstInput = inputs;
+        record.output = outputs;
+        if (last == kNone) {
+            first = id;
+        } else {
+            _t.actions[last].next = id;
+        }
+        last = id;
+    }
+    return first;
+}
+
+Id TableBuilder::addAttributes(const lysc_node* parent) {
+    return addAttributeChain(lysc_node_child(parent));
+}
+
+Id TableBuilder::addAttributeChain(const lysc_node* firstNode) {
+    Id first = kNone;
+    Id last = kNone;
+    for (const lysc_node* child = firstNode; child != nullptr; child = child->next) {
         if (!isAttribute(child)) {
             continue;
         }

@@ -64,6 +64,7 @@ struct Moc {
     Id properties = kNone;
     Id firstAttribute = kNone;
     Id firstContainment = kNone;
+    Id firstAction = kNone;
     bool systemCreated = false;
     const lysc_node* node = nullptr;  // the schema list of the class
 };
@@ -76,6 +77,16 @@ struct AttributeRecord {
     bool mandatory = false;
     Id next = kNone;
     const lysc_node* node = nullptr;  // leaf, leaf-list, struct container or struct list
+};
+
+// An action of a class. Its parameters (the input leaves) and its result (the first output
+// leaf) are attribute records of their own, in no class's chain, so the repository never shows
+// them as attributes.
+struct ActionRecord {
+    Id properties = kNone;
+    Id firstInput = kNone;  // parameters in model order, linked by `next`
+    Id output = kNone;      // kNone when the action gives no value
+    Id next = kNone;
 };
 
 struct Containment {
@@ -121,6 +132,7 @@ struct ModelTables {
     Id root = kNone;  // ManagedElement
     std::vector<Moc> mocs;
     std::vector<AttributeRecord> attributes;
+    std::vector<ActionRecord> actions;
     std::vector<Properties> properties;
     std::vector<Extension> extensions;
     std::vector<Containment> containments;
@@ -133,6 +145,9 @@ struct ModelTables {
     const std::string& mocName(Id moc) const { return properties[mocs[moc].properties].name; }
     const std::string& attributeName(Id attribute) const {
         return properties[attributes[attribute].properties].name;
+    }
+    const std::string& actionName(Id action) const {
+        return properties[actions[action].properties].name;
     }
 };
 

@@ -2,7 +2,6 @@
 
 #include <set>
 
-#include "host/cli/NamedValues.h"
 
 namespace vesk {
 namespace host {

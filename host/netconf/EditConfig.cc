@@ -58,17 +58,17 @@ bool parseEdit(const lyd_node* config, lyd_node** edit, std::string* error) {
     const auto* any = reinterpret_cast<const lyd_node_any*>(config);
     char* xml = nullptr;
     // The edit is printed whole (each top node with its namespace) and read again.
-    LY_ERR printed =
-        any->value_type == LYD_ANYDATA_DATATREE
-            ? lyd_print_mem(&xml, any->value.tree, LYD_XML, LYD_PRINT_WITHSIBLINGS | LYD_PRINT_SHRINK)
-            : lyd_any_value_str(config, &xml);
+    LY_ERR printed = any->value_type == LYD_ANYDATA_DATATREE
+                         ? lyd_print_mem(&xml, any->value.tree, LYD_XML,
+                                         LYD_PRINT_WITHSIBLINGS | LYD_PRINT_SHRINK)
+                         : lyd_any_value_str(config, &xml);
     if (printed != LY_SUCCESS) {
         *error = "cannot read the edit";
         return false;
     }
-    LY_ERR parsed = lyd_parse_data_mem(context, xml != nullptr ? xml : "", LYD_XML,
-                                       LYD_PARSE_ONLY | LYD_PARSE_STRICT | LYD_PARSE_NO_STATE, 0,
-                                       edit);
+    LY_ERR parsed =
+        lyd_parse_data_mem(context, xml != nullptr ? xml : "", LYD_XML,
+                           LYD_PARSE_ONLY | LYD_PARSE_STRICT | LYD_PARSE_NO_STATE, 0, edit);
     std::free(xml);
     if (parsed != LY_SUCCESS) {
         const char* message = ly_errmsg(context);
@@ -94,30 +94,11 @@ NC_ERR tagOf(EditRefusal::Tag tag) {
     }
 }
 
-// The warning and error lines logged during the edit, and the information lines too when the
-// agent refused (a validation rule tells why at that level), each once.
-std::vector<std::string> reasonsOf(const log::LogCapture& logged, bool agentRefused) {
-    std::vector<std::string> reasons;
-    for (const log::LogLine& line : logged.lines()) {
-        if (line.level > VESK_LOG_WARNING && !agentRefused) {
-            continue;
-        }
-        std::string text = line.text.substr(0, line.text.find_last_not_of(" \r\n") + 1);
-        if (std::find(reasons.begin(), reasons.end(), text) == reasons.end()) {
-            reasons.push_back(text);
-        }
-    }
-    return reasons;
-}
-
 nc_server_reply* refusalReply(const ly_ctx* context, const std::vector<EditRefusal>& refusals,
                               const log::LogCapture& logged) {
-    bool agentRefused = std::any_of(refusals.begin(), refusals.end(),
-                                    [](const EditRefusal& r) { return r.asked; });
-    std::string reasons;
-    for (const std::string& reason : reasonsOf(logged, agentRefused)) {
-        reasons += "\nreason: " + reason;
-    }
+    bool agentRefused =
+        std::any_of(refusals.begin(), refusals.end(), [](const EditRefusal& r) { return r.asked; });
+    const std::string reasons = reasonText(logged, agentRefused);
     nc_server_reply* reply = nullptr;
     for (const EditRefusal& refusal : refusals) {
         std::string message = refusal.message + (&refusal == &refusals.back() ? reasons : "");
@@ -161,6 +142,22 @@ std::vector<EditRefusal> runEdit(NetconfServer& server, const lyd_node* edit,
 }
 
 }  // namespace
+
+std::string reasonText(const log::LogCapture& logged, bool agentRefused) {
+    std::vector<std::string> reasons;
+    std::string text;
+    for (const log::LogLine& line : logged.lines()) {
+        if (line.level > VESK_LOG_WARNING && !agentRefused) {
+            continue;
+        }
+        std::string reason = line.text.substr(0, line.text.find_last_not_of(" \r\n") + 1);
+        if (std::find(reasons.begin(), reasons.end(), reason) == reasons.end()) {
+            reasons.push_back(reason);
+            text += "\nreason: " + reason;
+        }
+    }
+    return text;
+}
 
 nc_server_reply* editConfig(NetconfServer& server, const lyd_node* rpc, nc_session* session) {
     const ly_ctx* context = LYD_CTX(rpc);

@@ -114,24 +114,28 @@ nc_server_reply* getSchema(const lyd_node* rpc) {
     const lyd_node* version = childNamed(rpc, "version");
     const lyd_node* format = childNamed(rpc, "format");
     const std::string name = id != nullptr ? lyd_get_value(id) : "";
-    const char* revision = version != nullptr && *lyd_get_value(version) ? lyd_get_value(version) : nullptr;
+    const char* revision =
+        version != nullptr && *lyd_get_value(version) ? lyd_get_value(version) : nullptr;
     if (format != nullptr && std::string(lyd_get_value(format)).find("yang") == std::string::npos) {
         return errorReply(context, NC_ERR_INVALID_VALUE, "schemas are given as YANG only");
     }
-    const lys_module* module = revision != nullptr ? ly_ctx_get_module(context, name.c_str(), revision)
-                                                   : ly_ctx_get_module_latest(context, name.c_str());
+    const lys_module* module = revision != nullptr
+                                   ? ly_ctx_get_module(context, name.c_str(), revision)
+                                   : ly_ctx_get_module_latest(context, name.c_str());
     const lysp_submodule* submodule =
         module == nullptr ? ly_ctx_get_submodule(context, name.c_str(), revision) : nullptr;
     char* text = nullptr;
     ly_out* out = nullptr;
     ly_out_new_memory(&text, 0, &out);
-    LY_ERR printed = module != nullptr      ? lys_print_module(out, module, LYS_OUT_YANG, 0, 0)
-                     : submodule != nullptr ? lys_print_submodule(out, submodule, LYS_OUT_YANG, 0, 0)
-                                            : LY_ENOTFOUND;
+    LY_ERR printed = module != nullptr ? lys_print_module(out, module, LYS_OUT_YANG, 0, 0)
+                     : submodule != nullptr
+                         ? lys_print_submodule(out, submodule, LYS_OUT_YANG, 0, 0)
+                         : LY_ENOTFOUND;
     ly_out_free(out, nullptr, 0);
     lyd_node* output = nullptr;
     if (printed != LY_SUCCESS || lyd_dup_single(rpc, nullptr, 0, &output) != LY_SUCCESS ||
-        lyd_new_any(output, nullptr, "data", text, 1, LYD_ANYDATA_STRING, 1, nullptr) != LY_SUCCESS) {
+        lyd_new_any(output, nullptr, "data", text, 1, LYD_ANYDATA_STRING, 1, nullptr) !=
+            LY_SUCCESS) {
         std::free(text);
         lyd_free_tree(output);
         return errorReply(context, NC_ERR_INVALID_VALUE, "no schema " + name);
@@ -160,6 +164,12 @@ nc_server_reply* handleRpc(NetconfServer& server, const lyd_node* rpc, nc_sessio
         return errorReply(LYD_CTX(rpc), NC_ERR_OP_FAILED, "the session is closing");
     }
     BoundSession bound(server.host().sessions(), data->hostSession);
+    if (rpc->schema->nodetype != LYS_RPC) {
+        const lyd_node* action = actionNode(rpc);
+        return action != nullptr ? runAction(server, action)
+                                 : errorReply(LYD_CTX(rpc), NC_ERR_OP_NOT_SUPPORTED,
+                                              "this server does not carry " + name);
+    }
     if (name == "get-schema") {
         return getSchema(rpc);
     }
@@ -187,8 +197,7 @@ nc_server_reply* handleRpc(NetconfServer& server, const lyd_node* rpc, nc_sessio
     if (name == "validate" && onRunning(rpc, "source")) {
         return nc_server_reply_ok();  // running is valid by construction: every commit was
     }
-    return errorReply(LYD_CTX(rpc), NC_ERR_OP_NOT_SUPPORTED,
-                      "this server does not carry " + name);
+    return errorReply(LYD_CTX(rpc), NC_ERR_OP_NOT_SUPPORTED, "this server does not carry " + name);
 }
 
 }  // namespace netconf

@@ -9,6 +9,12 @@ VeskBrM::~VeskBrM() {
     stopQueue();
 }
 
+int VeskBrM::executeOperation(unsigned long, char const* dn, char const* name,
+                              OrlMoNamedAttributeValueContainer_3**, OrlMoAttributeValueResult_3*) {
+    VESK_ERROR("VeskBrM::%s - not available yet (%s on %s)", __func__, name, dn);
+    return -1;
+}
+
 void VeskBrM::enterState_initial() {
     VESK_INFO("VeskBrM: Entering initial");
 }

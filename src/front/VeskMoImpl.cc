@@ -107,11 +107,6 @@ void VeskMoImpl::initialize(OrlOamSpiTransaction_2* txService,
     enqueue(brm, VeskBrM::evStartToOperate);
 }
 
-OrlReturnT VeskMoImpl::notAvailable(const char* operation) {
-    VESK_ERROR("VeskMoImpl::%s - not available yet", operation);
-    return OrlFailure;
-}
-
 OrlReturnT VeskMoImpl::getMoAttribute(OrlTxHandleT txHandle, const std::string& dn,
                                       const std::string& attrName,
                                       OrlMoAttributeValueResult_3* result) {
@@ -212,12 +207,6 @@ OrlReturnT VeskMoImpl::countMoChildren(OrlTxHandleT txHandle, const char* dn, co
     OrlReturnT rc = transaction->countMoChildren(dn, className, &count);
     *result = count;
     return rc;
-}
-
-// Actions: their logic lands with action dispatch.
-OrlReturnT VeskMoImpl::action(OrlTxHandleT, const char*, const char*,
-                              OrlMoNamedAttributeValueContainer_3**, OrlMoAttributeValueResult_3*) {
-    return notAvailable(__func__);
 }
 
 OrlReturnT VeskMoImpl::join(OrlTxHandleT txHandle) {

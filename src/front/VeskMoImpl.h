@@ -7,8 +7,8 @@
 // What it does now: init and terminate of the plug-in, initialize at start, the two-phase flow
 // (join, prepare, commit, abort, finish), the reads and iterators, the session callbacks, the OSS
 // connection marker, the object implementer registry (VeskMoImplRegistry.cc) and the gated,
-// routed writes (VeskMoImplGates.cc, VeskMoImplWrites.cc). Actions answer OrlFailure with an
-// error line until their logic lands.
+// routed writes (VeskMoImplGates.cc, VeskMoImplWrites.cc) and the action dispatch
+// (VeskMoImplActions.cc).
 //
 // Threads: the host calls on its own threads. `_mutex` (recursive) serialises every read, write,
 // join, commit, abort, finish and action for its whole length; prepare, the session callbacks,
@@ -27,6 +27,8 @@
 
 #include "platform/orl/OrlMgmtSpi.h"
 #include "platform/orl/OrlOamSpi.h"
+
+class DBObject;
 
 namespace TibVeskCM {
 
@@ -77,7 +79,7 @@ class VeskMoImpl {
     OrlMgmtSpiInterfacePortal_1* portal() const { return _portal; }
 
     // Managed object operations. Reads forward to the transaction's VeskDBTransaction and answer
-    // OrlNotExist for an unknown txHandle; writes and actions land later.
+    // OrlNotExist for an unknown txHandle.
     OrlReturnT setMoAttribute(OrlTxHandleT txHandle, const std::string& dn,
                               const std::string& attrName,
                               const OrlMoAttributeValueContainer_3* value);
@@ -99,6 +101,11 @@ class VeskMoImpl {
                         const char* keyAttrName, const char* keyAttrValue,
                         OrlMoNamedAttributeValueContainer_3** attributes);
     OrlReturnT deleteMo(OrlTxHandleT txHandle, const std::string& dn);
+    // An MO action: below the integrated phase only "resetToFactory" passes (others answer
+    // OrlTryAgain with one BOOL false); then every row of the dispatch that matches dn and name
+    // runs, in order, and a later row's return code replaces an earlier one's. OrlFailure when
+    // none matches. A row with a result value puts a new container into result->container
+    // (release stays as the caller set it; the caller frees the container with free).
     OrlReturnT action(OrlTxHandleT txHandle, const char* dn, const char* name,
                       OrlMoNamedAttributeValueContainer_3** parameters,
                       OrlMoAttributeValueResult_3* result);
@@ -227,7 +234,33 @@ class VeskMoImpl {
         OrlTxHandleT txHandle, const std::string& className,
         OrlMoNamedAttributeValueContainer_3** attributes);
 
-    OrlReturnT notAvailable(const char* operation);
+    // One action request as the rows of the dispatch see it.
+    struct ActionRequest {
+        OrlTxHandleT txHandle;
+        std::string dn;
+        std::string name;
+        OrlMoNamedAttributeValueContainer_3** parameters;  // null-terminated, may be null
+        OrlMoAttributeValueResult_3* result;
+        VeskDBTransaction* transaction;  // null when the host did not join
+        bool filled;                     // a row put a container into result
+    };
+    // The rows of the dispatch (VeskMoImplActions.cc). Each looks at the request and, when it
+    // matches, acts and may replace `rc`.
+    OrlReturnT actionRbsUnit(ActionRequest& request);
+    void actionSwM(ActionRequest& request, OrlReturnT& rc);
+    void actionUpgradePackage(ActionRequest& request, OrlReturnT& rc);
+    void actionSecM(ActionRequest& request, OrlReturnT& rc);
+    void actionBrM(ActionRequest& request, OrlReturnT& rc);
+    void actionChangeFrequency(ActionRequest& request, OrlReturnT& rc);
+    void actionSetMaxNoOfCellRelations(ActionRequest& request, OrlReturnT& rc);
+    void actionWifiModule(ActionRequest& request, OrlReturnT& rc);
+    // "createUpgradePackage" on the SwM dn.
+    OrlReturnT createUpgradePackage(ActionRequest& request);
+    // The SecM attributes of the action's parameters, built in the request's transaction.
+    void addSecMParameters(ActionRequest& request, DBObject* object);
+    // Attaches `text` for the operator to the calling thread's request, if the host gave a
+    // thread context.
+    void addOperatorMessage(const char* text);
     // The open transaction of `txHandle`, or null.
     VeskDBTransaction* findTransaction(OrlTxHandleT txHandle) const;
     // 0 unknown or no bound session, 1 NETCONF, 2 command line, -1 unreadable.

@@ -9,6 +9,20 @@ VeskSwM::~VeskSwM() {
     stopQueue();
 }
 
+int VeskSwM::createUpgradePackage(bool& success, std::string uri, std::string, std::string,
+                                  unsigned short& upgradePackageId) {
+    VESK_ERROR("VeskSwM::%s - not available yet (uri %s)", __func__, uri.c_str());
+    success = false;
+    upgradePackageId = 0;
+    return -1;
+}
+
+int VeskSwM::sendUpgradePackageMessageAndWait(bool& success, std::string command) {
+    VESK_ERROR("VeskSwM::%s - not available yet (%s)", __func__, command.c_str());
+    success = false;
+    return -1;
+}
+
 void VeskSwM::enterState_initial() {
     VESK_TRACE("VeskSwM: Entering initial");
 }

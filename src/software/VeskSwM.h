@@ -1,9 +1,12 @@
 // The software management machine: `initial` until the agent's start gives it evStartToOperate,
 // then `stReady` until evQuit moves it to the final state. The table is VeskSwM_StateMachine's.
 //
-// What it does now: the lifecycle. The upgrade package actions and the handling of the
-// component's answers come with upgrade packages.
+// What it does now: the lifecycle, and the two entries of the upgrade package actions, which
+// refuse (-1, with an error line) and send nothing until upgrade packages land. The handling of
+// the component's answers comes with them.
 #pragma once
+
+#include <string>
 
 #include "software/VeskSwM_StateMachine.h"
 
@@ -12,6 +15,15 @@ class VeskSwM : public VeskSwM_StateMachine {
     VeskSwM();
     // Stops the queue first, so that no event runs on a half-destroyed machine.
     ~VeskSwM() override;
+
+    // The upgrade package actions, on a host thread under the front's mutex. Return codes: 0 the
+    // component answered (`success` says how), -1 refused or no answer, -10 not sent.
+    // "createUpgradePackage": asks the component for a package from `uri`; `upgradePackageId`
+    // receives the new package's number.
+    int createUpgradePackage(bool& success, std::string uri, std::string password,
+                             std::string actionName, unsigned short& upgradePackageId);
+    // "removeUpgradePackage" and the package actions ("prepare", "verify", ...), by name.
+    int sendUpgradePackageMessageAndWait(bool& success, std::string command);
 
   protected:
     // Each traces its own line: "VeskSwM: Entering <state>", "VeskSwM: Leaving <state>",

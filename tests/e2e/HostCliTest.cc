@@ -158,7 +158,8 @@ TEST_F(HostCliTest, SessionOptionsAndInputLines) {
               "vesk-host: up, components: VESKCMSAcomponent VESKOIcomponent\n"
               "transaction: none\nprotocol: netconf\nuser: oss\nagent: VESKCMSAcomponent\n"
               "components: [VESKCMSAcomponent, VESKOIcomponent]\n"
-              "events: {producers=1, consumers=[]}\n")
+              "events: {producers=1, consumers=[{consumer=1, name=journal, filters=[[]], "
+              "queued=0, delivered=0}], journal={kept=0, capacity=1000, recorded=0}}\n")
         << "quit ends the input";
     Outcome none = run("status", "--protocol none --json");
     ASSERT_EQ(none.answers().size(), 1u);

@@ -1,6 +1,6 @@
 // Change notifications of the real agent on the demo station, through the host's event router:
-// watches of the command line, consumers of the host's own, and vesk-host --watch in a process
-// of its own beside a host that writes.
+// watches of the command line, consumers of the host's own, vesk-host --watch in a process of its
+// own beside a host that writes, and the host's journal.
 #include <gtest/gtest.h>
 #include <signal.h>
 #include <spawn.h>
@@ -242,6 +242,46 @@ TEST_F(WatchProgramTest, WatcherPrintsWhatTheWritingHostCommitsUntilInterrupted)
         << printed;
     EXPECT_EQ(printed.find("EUtranCellFDD=2"), std::string::npos) << printed;
     EXPECT_NE(slurp(err).find(" joined"), std::string::npos);
+}
+
+// The host's journal takes every notification, watched or not: the last ones in order, narrowed
+// by a pattern, never more than --journal. Without it nobody takes them, and the agent says so.
+TEST_F(WatchProgramTest, JournalKeepsTheLastNotificationsNobodyWatched) {
+    ASSERT_EQ(
+        program("--load " + kData + "/station/demo-station.xml --state " + _dir + "/state").status,
+        0);
+    std::string sets = "set " + kCell + " userLabel a; set " + kEnb +
+                       ",EUtranCellFDD=2 userLabel b; set " + kCell + " userLabel c; ";
+    Outcome kept = agent(sets + "notifications 2; notifications .*FDD=2; notifications 9; status",
+                         "--json --journal 4");
+    ASSERT_EQ(kept.status, 0) << kept.err;
+    std::vector<Json> answers = kept.answers();
+    ASSERT_EQ(answers.size(), 7u) << kept.out;
+    // Each set is a change of lastModification, then of userLabel.
+    auto shown = [](const Json& answer) {
+        Names result;
+        for (const Json& notification : answer["result"]) {
+            std::string dn = notification["dn"];
+            result.push_back(dn.substr(dn.rfind(',') + 1) + " " +
+                             notification["attributes"].dump());
+        }
+        return result;
+    };
+    const std::string edited = R"( {"lastModification":"OPERATOR"})";
+    const Names cell1 = {"EUtranCellFDD=1" + edited, R"(EUtranCellFDD=1 {"userLabel":"c"})"};
+    const Names cell2 = {"EUtranCellFDD=2" + edited, R"(EUtranCellFDD=2 {"userLabel":"b"})"};
+    EXPECT_EQ(shown(answers[3]), cell1);
+    EXPECT_EQ(shown(answers[4]), cell2);
+    EXPECT_EQ(shown(answers[5]), (Names{cell2[0], cell2[1], cell1[0], cell1[1]}));
+    EXPECT_EQ(answers[6]["result"]["events"]["journal"],
+              Json::parse(R"({"kept":4,"capacity":4,"recorded":6})"));
+    EXPECT_EQ((kept.out + kept.err).find("notif sending fails"), std::string::npos);
+
+    Outcome none = agent(sets + "notifications", "--no-journal");
+    EXPECT_NE((none.out + none.err).find("notif sending fails"), std::string::npos) << none.out;
+    EXPECT_NE(none.out.find("error: the host keeps no journal of notifications (--no-journal)"),
+              std::string::npos)
+        << none.out;
 }
 
 TEST_F(WatchProgramTest, MalformedPatternIsRefusedAtOnce) {

@@ -194,6 +194,10 @@ const Case kCases[] = {
         "ls " + kEnb + " EUtranCellF\t\nset ManagedElement=1 rbsConfigLevel READY_F\t\ncreate " +
             kEnb + " EUtranCellF\t5 cellI\t5 earfcnd\t6300 administrativeState=LOC\t\nquit\n",
         {kCell, "OrlOk", "created " + kEnb + ",EUtranCellFDD=5"}, {"error"}),
+    row("CompletesActionsAndPeers", kTerminal,
+        "action ManagedElement=1,Equipment=1,RbsUnit=1,WifiModule=1 rest\t restartR\t2\n"
+        "peer wi\t sh\t\nquit\n",
+        {"restarts: 1", "lastRestartMode: 2"}, {"error"}),
 };
 
 class OperatorTest : public ProgramFixture, public ::testing::WithParamInterface<Case> {

@@ -30,6 +30,8 @@ NS = "urn:vesk:params:xml:ns:yang:vesk-station"
 NC = "urn:ietf:params:xml:ns:netconf:base:1.0"
 ENB = "ManagedElement=1,ENodeBFunction=1"
 CELL = ENB + ",EUtranCellFDD=1"
+# Notifications name the ManagedElement by the station's own id.
+NOTIFIED_CELL = "ManagedElement=demo-station-01,ENodeBFunction=1,EUtranCellFDD=1"
 PASSWORD = "s3cret word"
 
 
@@ -46,6 +48,22 @@ def cell_filter(cell_id, inner=""):
             "<eNodeBFunctionId>1</eNodeBFunctionId><EUtranCellFDD><eUtranCellFDDId>%s"
             "</eUtranCellFDDId>%s</EUtranCellFDD></ENodeBFunction></ManagedElement>"
             % (NS, cell_id, inner))
+
+
+def action_xml(path, name, inner=""):
+    """An action request: `path` is a list of (list, key leaf, key) from ManagedElement down."""
+    entries = "".join("<%s><%s>%s</%s>" % (mo, key, value, key) for mo, key, value in path)
+    ends = "".join("</%s>" % mo for mo, _, _ in reversed(path))
+    return etree.fromstring(
+        '<action xmlns="urn:ietf:params:xml:ns:yang:1">%s<%s>%s</%s>%s</action>'
+        % (entries.replace("<ManagedElement>", '<ManagedElement xmlns="%s">' % NS, 1), name,
+           inner, name, ends))
+
+
+CERTM = [("ManagedElement", "managedElementId", 1), ("SystemFunctions", "systemFunctionsId", 1),
+         ("SecM", "secMId", 1), ("CertM", "certMId", 1)]
+CELL_PATH = [("ManagedElement", "managedElementId", 1), ("ENodeBFunction", "eNodeBFunctionId", 1),
+             ("EUtranCellFDD", "eUtranCellFDDId", 1)]
 
 
 class Station:
@@ -231,14 +249,48 @@ class NetconfTest(unittest.TestCase):
             listener.dispatch(etree.fromstring(
                 '<create-subscription xmlns="urn:ietf:params:xml:ns:netconf:notification:1.0">'
                 '<filter><mo-change xmlns="urn:vesk:params:xml:ns:yang:vesk-notifications">'
-                "<dn>%s</dn></mo-change></filter></create-subscription>" % CELL))
+                "<dn>%s</dn></mo-change></filter></create-subscription>" % NOTIFIED_CELL))
             writer.edit_config(target="running", config=cell_xml(2, "<tac>202</tac>"))
             writer.edit_config(target="running", config=cell_xml(1, "<tac>101</tac>"))
-            notification = listener.take_notification(timeout=10)
-            self.assertIsNotNone(notification)
-            self.assertIn("<dn>%s</dn>" % CELL, notification.notification_xml)
-            self.assertIn("<name>tac</name><value>101</value>", notification.notification_xml)
-            self.assertIsNone(listener.take_notification(timeout=1))
+            # The commit of cell 1 gives one notification per changed attribute; none of cell 2.
+            texts = []
+            while not any("<name>tac</name><value>101</value>" in t for t in texts):
+                notification = listener.take_notification(timeout=10)
+                self.assertIsNotNone(notification, texts)
+                texts.append(notification.notification_xml)
+            self.assertTrue(all("<dn>%s</dn>" % NOTIFIED_CELL in t for t in texts), texts)
+
+    def test_actions_run_on_the_agent(self):
+        install = action_xml(CERTM, "installTrustedCertFromUri",
+                             "<uri>sftp://ca</uri><fingerprint>ab:cd</fingerprint>")
+        with station.connect() as m:
+            reply = m.dispatch(install)
+            self.assertIn('<ok xmlns="%s">true</ok>' % NS, reply.xml)
+            seen = station.cli("peer sec show")["result"][-1]
+            self.assertEqual(seen["action"], "installTrustedCertFromUri")
+            self.assertEqual(seen["attributes"], {"fingerprint": "ab:cd", "uri": "sftp://ca"})
+            # No output: ok, and the write is seen by the command line.
+            reply = m.dispatch(action_xml(CELL_PATH, "setMaxNoOfCellRelations",
+                                          "<maxNoOfCellRelations>77</maxNoOfCellRelations>"))
+            self.assertIn("<ok/>", reply.xml)
+            self.assertEqual(self.value(CELL, "maxNoOfCellRelations"), 77)
+            station.cli("peer sec fail")
+            try:
+                refused = self.rpc_error(lambda: m.dispatch(install))
+            finally:
+                station.cli("peer sec ok")
+            self.assertEqual(refused.tag, "operation-failed")
+            self.assertIn("installTrustedCertFromUri of", refused.message)
+            self.assertIn("<return-code", etree.tostring(refused.xml).decode())
+            # A missing mandatory parameter (refused by the host), a value outside its type
+            # (refused by the model library as the request is read).
+            for path, name, inner, tag, word in (
+                    (CERTM, "installTrustedCertFromUri", "", "invalid-value", "uri"),
+                    (CELL_PATH, "setMaxNoOfCellRelations", "<maxNoOfCellRelations>x"
+                     "</maxNoOfCellRelations>", "operation-failed", '"x"')):
+                with self.subTest(action=name):
+                    error = self.rpc_error(lambda: m.dispatch(action_xml(path, name, inner)))
+                    self.assertEqual((error.tag, word in error.message), (tag, True), error.message)
 
     def test_bad_input_closes_or_refuses_but_never_stops_the_host(self):
         with self.assertRaises(AuthenticationError):

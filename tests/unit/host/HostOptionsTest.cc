@@ -33,6 +33,9 @@ TEST(HostOptionsTest, ReadsEveryOption) {
     EXPECT_EQ(defaults.stateDirectory, "./state");
     EXPECT_EQ(defaults.logLevel, 32);
     EXPECT_EQ(defaults.logFile, "");
+    EXPECT_EQ(defaults.journal, 1000u);
+    ASSERT_TRUE(parse({"-p", "b.so", "--journal", "5", "--no-journal"}, &defaults, &error));
+    EXPECT_EQ(defaults.journal, 0u) << "--no-journal keeps none";
 }
 
 TEST(HostOptionsTest, RefusesWhatItCannotUse) {
@@ -43,6 +46,8 @@ TEST(HostOptionsTest, RefusesWhatItCannotUse) {
     EXPECT_FALSE(parse({"--plugin", "a.so", "--log-level", "loud"}, &o, &error));
     EXPECT_EQ(error, "unknown log level 'loud'");
     EXPECT_FALSE(parse({"--plugin", "a.so", "--colour"}, &o, &error));
+    EXPECT_FALSE(parse({"--plugin", "a.so", "--journal", "0"}, &o, &error));
+    EXPECT_EQ(error, "--journal takes 1 to 1000000 notifications (--no-journal keeps none)");
     HostOptions help;
     EXPECT_TRUE(parse({"--help"}, &help, &error)) << "help needs no plug-in";
     EXPECT_TRUE(help.help);

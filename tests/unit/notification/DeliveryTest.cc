@@ -1,6 +1,6 @@
 // Delivery through the host's event router, on its threads: what the producer holds for slow or
-// refusing consumers, the memory it gives back, a router that refuses the producer, and filters
-// that change while deliveries run.
+// refusing consumers, the memory it gives back, the host's journal, a router that refuses the
+// producer, and filters that change while deliveries run.
 #include <malloc.h>
 
 #include <atomic>
@@ -11,6 +11,7 @@
 extern "C" size_t __sanitizer_get_current_allocated_bytes();
 #endif
 
+#include "host/events/Journal.h"
 #include "station/log/LogControl.h"
 #include "unit/notification/ProducerFixture.h"
 
@@ -100,6 +101,24 @@ TEST_F(DeliveryTest, RefusedDeliveryIsNotWaitedFor) {
     EXPECT_EQ(log.count("VeskCmEventProducer::notificationsReceived: notif sending fails",
                         VESK_LOG_ERROR),
               1u);
+}
+
+TEST_F(DeliveryTest, JournalGivesEveryRecordBackAndKeepsTheLastWhileItIsRead) {
+    host::events::Journal journal(_router, 3, render);
+    std::thread reader([&journal] {
+        for (int i = 0; i < 200; ++i) {
+            EXPECT_LE(journal.last(9, ".*FDD=1").size(), 3u);
+        }
+    });
+    updates(20);
+    reader.join();
+    ASSERT_TRUE(_router.waitIdle(5000));
+    EXPECT_EQ(held(), 0u);
+    EXPECT_EQ(journal.recorded(), 20u);
+    std::vector<host::events::Journal::Entry> last = journal.last(9, "");
+    ASSERT_EQ(last.size(), 3u);
+    EXPECT_NE(last.front().line.find("\"label 17\""), std::string::npos) << last.front().line;
+    EXPECT_NE(last.back().line.find("\"label 19\""), std::string::npos) << last.back().line;
 }
 
 TEST_F(DeliveryTest, ProducerRefusedByTheRouterDeliversNothing) {
