@@ -6,6 +6,7 @@
 #include <cstdlib>
 #include <cstring>
 
+#include "host/netconf/FramingGuard.h"
 #include "host/netconf/HostKey.h"
 #include "host/netconf/Operations.h"
 #include "platform/Logger.h"
@@ -90,6 +91,9 @@ bool NetconfServer::start(const NetconfConfig& config, std::string* error) {
     if (!_users.load(config.usersFile, error) || !ensureHostKey(g_hostKeyPath, error) ||
         !_schemas.load(config.modelDirectory, config.protocolDirectory, error)) {
         return false;
+    }
+    if (!framingGuardActive()) {
+        VESK_WARNING("NETCONF: the framing guard is not in front of libssh");
     }
     g_server = this;
     g_users = &_users;

@@ -296,22 +296,6 @@ class NetconfTest(unittest.TestCase):
         with self.assertRaises(AuthenticationError):
             station.connect("oper", "wrong")
         self.assertIn("login of oper from 127.0.0.1 refused", station.logged())
-        with station.connect() as m:
-            unsupported = self.rpc_error(lambda: m.copy_config(source="running", target="running"))
-            self.assertEqual(unsupported.tag, "operation-not-supported")
-            big = "<userLabel>%s</userLabel>" % ("x" * (10 * 1024 * 1024))
-            try:
-                m.edit_config(target="running", config=cell_xml(1, big))
-            except RPCError as error:
-                self.assertIn(error.tag, ("invalid-value", "operation-failed", "too-big"))
-        # Raw sessions: malformed XML, and an edit cut off in the middle.
-        malformed = b"<rpc message-id='1' xmlns='%s'><get-config><<>>" % NC.encode()
-        for text in (b"\n#%d\n%s\n##\n" % (len(malformed), malformed),
-                     b"\n#4000\n<rpc message-id='2' xmlns='%s'><edit-config><target><running/>"
-                     % NC.encode() + b"</target><config><ManagedElement xmlns='" + NS.encode()
-                     + b"'><managedElementId>1</managedElementId><userLabel>half"):
-            self.raw_session(text)
-        self.assertNotEqual(self.value("ManagedElement=1", "userLabel"), "half")
         # Twenty sessions at once: each is served or refused, none hangs.
         results = []
 
@@ -331,10 +315,37 @@ class NetconfTest(unittest.TestCase):
             thread.join(120)
         self.assertEqual(len(results), 20, results)
         self.assertGreaterEqual(results.count(True), 1, results)
+        with station.connect() as m:
+            unsupported = self.rpc_error(lambda: m.copy_config(source="running", target="running"))
+            self.assertEqual(unsupported.tag, "operation-not-supported")
+            big = "<userLabel>%s</userLabel>" % ("x" * (10 * 1024 * 1024))
+            try:
+                m.edit_config(target="running", config=cell_xml(1, big))
+            except RPCError as error:
+                self.assertIn(error.tag, ("invalid-value", "operation-failed", "too-big"))
+        # Raw sessions: malformed XML is answered; broken chunk framing drops the session;
+        # an edit cut off in the middle is left by its client.
+        malformed = b"<rpc message-id='1' xmlns='%s'><get-config><<>>" % NC.encode()
+        for text, expected in (
+                (b"\n#%d\n%s\n##\n" % (len(malformed), malformed), b"rpc-error"),
+                (b"\n#0\n", None), (b"\n##\n", None), (b"\n#x\n<rpc/>", None),
+                (b"\n#99999999999\n", None), (b"#5\n<rpc/>\n##\n", None),
+                (b"\n#4\n<rpc\n#\n", None)):
+            with self.subTest(text=text[:12]):
+                answer, closed = self.raw_session(text, expected)
+                self.assertTrue(closed if expected is None else expected in answer, answer)
+        self.raw_session(b"\n#4000\n<rpc message-id='2' xmlns='%s'><edit-config><target><running/>"
+                         % NC.encode() + b"</target><config><ManagedElement xmlns='"
+                         + NS.encode() + b"'><managedElementId>1</managedElementId>"
+                         b"<userLabel>half", b"")
+        self.assertNotEqual(self.value("ManagedElement=1", "userLabel"), "half")
         time.sleep(0.5)
         self.assertEqual(station.cli("status")["result"]["open transactions"], 0)
 
-    def raw_session(self, text):
+    def raw_session(self, text, expected):
+        """Sends a hello offering base:1.1, then `text`; what came after the server's hello
+        and whether the server closed the channel. Waits up to 5 s for the close, or for
+        `expected` unless it is None."""
         transport = paramiko.Transport(("127.0.0.1", station.port))
         transport.connect(username="oper", password=PASSWORD)
         channel = transport.open_session()
@@ -343,8 +354,17 @@ class NetconfTest(unittest.TestCase):
                  "</capability></capabilities></hello>]]>]]>" % NC)
         channel.sendall(hello.encode())
         channel.sendall(text)
-        time.sleep(0.5)
+        channel.settimeout(5)
+        received, closed = b"", False
+        try:
+            while not closed and (expected is None or expected not in
+                                  received.split(b"]]>]]>", 1)[-1]):
+                chunk = channel.recv(65536)
+                received, closed = received + chunk, not chunk
+        except socket.timeout:
+            pass
         transport.close()
+        return received.split(b"]]>]]>", 1)[-1], closed
 
 
 if __name__ == "__main__":
