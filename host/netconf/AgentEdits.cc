@@ -2,7 +2,6 @@
 
 #include <set>
 
-
 namespace vesk {
 namespace host {
 namespace netconf {
@@ -72,7 +71,8 @@ bool AgentEdits::taken(const cli::Answer& answer, const std::string& dn, EditRef
 
 bool AgentEdits::create(const std::string& parentDn, Id parent, Id moc, const std::string& id,
                         const std::vector<std::pair<Id, Json>>& attributes, EditRefusal* refusal) {
-    const std::string dn = (parentDn.empty() ? "" : parentDn + ",") + _model.className(moc) + "=" + id;
+    const std::string dn =
+        (parentDn.empty() ? "" : parentDn + ",") + _model.className(moc) + "=" + id;
     std::string error;
     if (!_rules.creatable(moc, &error) || !_model.checkId(moc, id, &error)) {
         return invalid(dn, error, refusal);

@@ -55,8 +55,8 @@ Json members(const lyd_node* entry, Json base, EditOp op, bool* missing) {
 bool sameKeys(const Json& candidate, const lyd_node* entry) {
     for (const lyd_node* m = lyd_child(entry); m != nullptr && lysc_is_key(m->schema);
          m = m->next) {
-        if (!candidate.is_object() || canonical(candidate.value(nodeName(m), Json())) !=
-                                          canonical(Json(text(m)))) {
+        if (!candidate.is_object() ||
+            canonical(candidate.value(nodeName(m), Json())) != canonical(Json(text(m)))) {
             return false;
         }
     }

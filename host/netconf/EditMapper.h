@@ -26,7 +26,7 @@ struct EditRefusal {
     enum Tag { kInvalidValue, kDataExists, kDataMissing, kOperationFailed };
     Tag tag = kOperationFailed;
     std::string message;
-    std::string dn;  // the MO the refusal concerns, when there is one
+    std::string dn;           // the MO the refusal concerns, when there is one
     OrlReturnT code = OrlOk;  // the agent's answer, when it refused
     bool asked = false;       // whether `code` is an answer of the agent
 };
@@ -66,8 +66,8 @@ class EditMapper {
 
     bool applyMo(const lyd_node* node, const std::string& parentDn, cli::Id parent,
                  EditOp inherited);
-    bool createMo(const lyd_node* node, const std::string& parentDn, cli::Id parent,
-                  cli::Id moc, const std::string& id);
+    bool createMo(const lyd_node* node, const std::string& parentDn, cli::Id parent, cli::Id moc,
+                  const std::string& id);
     bool applyChildren(const lyd_node* node, const std::string& dn, cli::Id moc, EditOp op);
     bool replaceRest(const lyd_node* node, const std::string& dn, cli::Id moc);
     bool applyAttribute(const std::string& dn, cli::Id moc, const Group& group, EditOp op);

@@ -24,36 +24,35 @@ std::string step(const ly_ctx* context, const lyd_node* node) {
 // The XPath expressions of the filter node `node`, below `path`.
 void subtreeXpaths(const ly_ctx* context, const lyd_node* node, const std::string& path,
                    std::vector<std::string>* out) {
-        if (nodeModule(context, node).empty()) {
-            return;  // a namespace no module has: it matches nothing
+    if (nodeModule(context, node).empty()) {
+        return;  // a namespace no module has: it matches nothing
+    }
+    std::string here = path + "/" + step(context, node);
+    std::vector<const lyd_node*> others;
+    for (const lyd_node* child = firstChild(node); child != nullptr; child = child->next) {
+        if (isContentMatch(child)) {
+            here += keyPredicate(step(context, child), nodeValue(child));
+        } else {
+            others.push_back(child);
         }
-        std::string here = path + "/" + step(context, node);
-        std::vector<const lyd_node*> others;
-        for (const lyd_node* child = firstChild(node); child != nullptr; child = child->next) {
-            if (isContentMatch(child)) {
-                here += keyPredicate(step(context, child), nodeValue(child));
-            } else {
-                others.push_back(child);
-            }
+    }
+    if (others.empty()) {
+        out->push_back(here);
+        return;
+    }
+    // Content matches are part of the answer beside the nodes chosen below them.
+    for (const lyd_node* child = firstChild(node); child != nullptr; child = child->next) {
+        if (isContentMatch(child)) {
+            out->push_back(here + "/" + step(context, child));
         }
-        if (others.empty()) {
-            out->push_back(here);
-            return;
-        }
-        // Content matches are part of the answer beside the nodes chosen below them.
-        for (const lyd_node* child = firstChild(node); child != nullptr; child = child->next) {
-            if (isContentMatch(child)) {
-                out->push_back(here + "/" + step(context, child));
-            }
-        }
-        for (const lyd_node* child : others) {
-            subtreeXpaths(context, child, here, out);
-        }
+    }
+    for (const lyd_node* child : others) {
+        subtreeXpaths(context, child, here, out);
+    }
 }
 
 // The dn a subtree filter fixes by key content matches on single containment steps.
-std::string subtreeScope(const ly_ctx* context, const lyd_node* node,
-                         const cli::ModelView& model) {
+std::string subtreeScope(const ly_ctx* context, const lyd_node* node, const cli::ModelView& model) {
     std::string dn;
     cli::Id moc = kNone;
     while (node != nullptr && node->next == nullptr && !nodeModule(context, node).empty()) {
@@ -130,7 +129,8 @@ bool readFilter(const lyd_node* filter, const cli::ModelView& model, Filter* out
 bool applyFilter(const Filter& filter, const lyd_node* tree, lyd_node** out, std::string* error) {
     *out = nullptr;
     if (filter.all) {
-        return tree == nullptr || lyd_dup_siblings(tree, nullptr, LYD_DUP_RECURSIVE, out) == LY_SUCCESS;
+        return tree == nullptr ||
+               lyd_dup_siblings(tree, nullptr, LYD_DUP_RECURSIVE, out) == LY_SUCCESS;
     }
     for (const std::string& xpath : filter.xpaths) {
         ly_set* found = nullptr;
@@ -143,8 +143,8 @@ bool applyFilter(const Filter& filter, const lyd_node* tree, lyd_node** out, std
         }
         for (uint32_t i = 0; i < found->count; ++i) {
             lyd_node* copy = nullptr;
-            if (lyd_dup_single(found->dnodes[i], nullptr,
-                               LYD_DUP_RECURSIVE | LYD_DUP_WITH_PARENTS, &copy) != LY_SUCCESS) {
+            if (lyd_dup_single(found->dnodes[i], nullptr, LYD_DUP_RECURSIVE | LYD_DUP_WITH_PARENTS,
+                               &copy) != LY_SUCCESS) {
                 continue;
             }
             while (copy->parent != nullptr) {

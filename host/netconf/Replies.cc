@@ -56,15 +56,16 @@ nc_server_reply* errorReply(const ly_ctx* context, NC_ERR tag, const std::string
     return nc_server_reply_err(makeError(context, tag, message, asked, code));
 }
 
-void addError(nc_server_reply* reply, const ly_ctx* context, NC_ERR tag,
-              const std::string& message, bool asked, OrlReturnT code) {
+void addError(nc_server_reply* reply, const ly_ctx* context, NC_ERR tag, const std::string& message,
+              bool asked, OrlReturnT code) {
     nc_server_reply_add_err(reply, makeError(context, tag, message, asked, code));
 }
 
 nc_server_reply* lockedReply(const ly_ctx* context, NC_ERR tag, uint32_t holder) {
     lyd_node* error = tag == NC_ERR_LOCK_DENIED ? nc_err(context, tag, holder)
                                                 : nc_err(context, tag, NC_ERR_TYPE_PROT);
-    nc_err_set_msg(error, ("the running datastore is locked by session " + std::to_string(holder)).c_str(),
+    nc_err_set_msg(error,
+                   ("the running datastore is locked by session " + std::to_string(holder)).c_str(),
                    "en");
     if (tag != NC_ERR_LOCK_DENIED) {
         nc_err_set_sid(error, holder);

@@ -21,8 +21,8 @@ constexpr char kErrorInfoNamespace[] = "urn:vesk:params:xml:ns:yang:vesk-station
 nc_server_reply* errorReply(const ly_ctx* context, NC_ERR tag, const std::string& message,
                             bool asked = false, OrlReturnT code = 0);
 // Adds one more error like errorReply's to `reply` (an error reply).
-void addError(nc_server_reply* reply, const ly_ctx* context, NC_ERR tag,
-              const std::string& message, bool asked, OrlReturnT code);
+void addError(nc_server_reply* reply, const ly_ctx* context, NC_ERR tag, const std::string& message,
+              bool asked, OrlReturnT code);
 // A lock-denied or in-use error naming the session that holds the lock.
 nc_server_reply* lockedReply(const ly_ctx* context, NC_ERR tag, uint32_t holder);
 // The reply of get, get-config or get-schema: the request's output with `data` (taken, null for

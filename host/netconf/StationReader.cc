@@ -153,7 +153,8 @@ void StationReader::addValue(lyd_node* entry, Id attribute, const Json& value) {
                        ? lyd_new_list2(entry, nullptr, name, keys.c_str(), 0, &holder)
                        : lyd_new_inner(entry, nullptr, name, 0, &holder);
             for (auto it = item.begin(); made == LY_SUCCESS && it != item.end(); ++it) {
-                const lysc_node* member = lys_find_child(schema, schema->module, it.key().c_str(), 0, 0, 0);
+                const lysc_node* member =
+                    lys_find_child(schema, schema->module, it.key().c_str(), 0, 0, 0);
                 // Keys came with the entry; a member the model lacks is left out.
                 if (!it->is_null() && member != nullptr && !lysc_is_key(member)) {
                     lyd_new_term(holder, nullptr, it.key().c_str(), scalarText(*it).c_str(), 0,
@@ -163,7 +164,7 @@ void StationReader::addValue(lyd_node* entry, Id attribute, const Json& value) {
         }
         if (made != LY_SUCCESS) {
             VESK_WARNING("NETCONF: value of %s left out of the answer: %s", name,
-                          ly_errmsg(LYD_CTX(entry)));
+                         ly_errmsg(LYD_CTX(entry)));
         }
     }
 }

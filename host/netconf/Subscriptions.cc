@@ -38,8 +38,8 @@ lyd_node* notificationTree(const lys_module* module, const cli::Json& json) {
     if (lyd_new_inner(nullptr, module, "mo-change", 0, &tree) != LY_SUCCESS) {
         return nullptr;
     }
-    lyd_new_term(tree, nullptr, "notification", json.value("notification", cli::Json(0)).dump().c_str(),
-                 0, nullptr);
+    lyd_new_term(tree, nullptr, "notification",
+                 json.value("notification", cli::Json(0)).dump().c_str(), 0, nullptr);
     lyd_new_term(tree, nullptr, "dn", json.value("dn", std::string()).c_str(), 0, nullptr);
     if (json.contains("event")) {
         lyd_new_term(tree, nullptr, "event", json["event"].get<std::string>().c_str(), 0, nullptr);
@@ -66,7 +66,8 @@ bool chooses(const lyd_node* node, const cli::Json& json) {
         const std::string field = nodeName(match);
         if (field == "attribute") {
             const lyd_node* name = childNamed(match, "name");
-            if (name != nullptr && !json.value("attributes", cli::Json::object()).contains(nodeValue(name))) {
+            if (name != nullptr &&
+                !json.value("attributes", cli::Json::object()).contains(nodeValue(name))) {
                 return false;
             }
         } else if (!nodeValue(match).empty() &&
@@ -98,9 +99,8 @@ void deliver(NetconfServer& server, nc_session* session, const Filter& filter,
         }
         lyd_free_siblings(chosen);
     }
-    nc_server_notif* notification =
-        nc_server_notif_new(tree, strdup(json.value("time", std::string()).c_str()),
-                            NC_PARAMTYPE_FREE);
+    nc_server_notif* notification = nc_server_notif_new(
+        tree, strdup(json.value("time", std::string()).c_str()), NC_PARAMTYPE_FREE);
     if (nc_server_notif_send(session, notification, 5000) != NC_MSG_NOTIF) {
         VESK_WARNING("NETCONF session %u: notification %s not sent", nc_session_get_id(session),
                      json.value("notification", cli::Json(0)).dump().c_str());
@@ -120,7 +120,8 @@ nc_server_reply* createSubscription(NetconfServer& server, const lyd_node* rpc,
                           "no stream " + nodeValue(stream) + " (this server has NETCONF)");
     }
     if (childNamed(rpc, "startTime") != nullptr) {
-        return errorReply(context, NC_ERR_OP_FAILED, "this server keeps no notifications to replay");
+        return errorReply(context, NC_ERR_OP_FAILED,
+                          "this server keeps no notifications to replay");
     }
     if (data->consumer != 0) {
         return errorReply(context, NC_ERR_IN_USE, "this session has a subscription already");

@@ -18,7 +18,8 @@ bool saltedHash(const std::string& text) {
         return false;
     }
     size_t second = text.find('$', 1);
-    return second != std::string::npos && second > 1 && text.find('$', second + 1) != std::string::npos;
+    return second != std::string::npos && second > 1 &&
+           text.find('$', second + 1) != std::string::npos;
 }
 
 // crypt(3) of `password` with the setting (or whole hash) `setting`; empty on failure.
