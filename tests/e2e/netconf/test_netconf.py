@@ -123,9 +123,10 @@ class Station:
             return text.read()
 
     def close(self):
-        self.proc.stdin.close()
+        """SIGTERM while the command line reads and the server serves; the exit status."""
         self.proc.terminate()
         code = self.proc.wait(timeout=30)
+        self.proc.stdin.close()
         shutil.rmtree(self.dir)
         return code
 
@@ -139,6 +140,7 @@ def setUpModule():
 
 
 def tearDownModule():
+    session = station.connect()  # open while the host stops
     assert station.close() == 0
 
 
