@@ -42,6 +42,12 @@ po::options_description describe() {
         "the protocol of the operator's session: netconf, cli or none (no session)")(
         "user", po::value<std::string>()->default_value("operator"),
         "the user name of the operator's session")(
+        "netconf", po::value<std::string>(),
+        "serve NETCONF over SSH on [ADDR:]PORT (address 127.0.0.1 unless given) beside the command "
+        "line")("netconf-users", po::value<std::string>(),
+                "the NETCONF users file: NAME:HASH lines (see --netconf-hash-password)")(
+        "netconf-hash-password", po::value<std::string>(),
+        "read a password from standard input and print the users file entry of this user")(
         "journal", po::value<long>()->default_value(1000),
         "how many of the last change notifications the host keeps for 'notifications'")(
         "no-journal", "keep no journal: a notification nobody watches is then taken by no one")(
@@ -77,6 +83,23 @@ bool readCommandLineOptions(const po::variables_map& values, HostOptions* option
     return true;
 }
 
+bool readNetconfOptions(const po::variables_map& values, HostOptions* options, std::string* error) {
+    if (values.count("netconf") > 0) {
+        options->netconf = values["netconf"].as<std::string>();
+    }
+    if (values.count("netconf-users") > 0) {
+        options->netconfUsers = values["netconf-users"].as<std::string>();
+    }
+    if (values.count("netconf-hash-password") > 0) {
+        options->netconfHashUser = values["netconf-hash-password"].as<std::string>();
+    }
+    if (!options->netconf.empty() && options->netconfUsers.empty()) {
+        *error = "--netconf needs --netconf-users FILE";
+        return false;
+    }
+    return true;
+}
+
 }  // namespace
 
 void printHostHelp(std::ostream& out) {
@@ -85,9 +108,11 @@ void printHostHelp(std::ostream& out) {
         << "                 [--model DIR] [--system-created-mos FILE]\n"
         << "                 [-c COMMANDS | --script FILE] [--strict] [--json]\n"
         << "                 [--protocol netconf|cli|none] [--user NAME]\n"
+        << "                 [--netconf [ADDR:]PORT --netconf-users FILE]\n"
         << "                 [--journal N | --no-journal]\n"
         << "       vesk-host --load STATION.xml [--station-objects FILE] --state DIR\n"
         << "       vesk-host --watch REGEX [--state DIR] [--json]\n"
+        << "       vesk-host --netconf-hash-password NAME < PASSWORD\n"
         << "Loads the plug-in, starts its components and serves until end of input or until\n"
         << "interrupted, reading operator commands (try 'help'); then stops them and unloads\n"
         << "the plug-in. With -c or --script it runs those commands and exits.\n\n"
@@ -133,6 +158,9 @@ bool parseHostOptions(int argc, const char* const* argv, HostOptions* options, s
             return false;
         }
     }
+    if (!readNetconfOptions(values, options, error)) {
+        return false;
+    }
     if (values.count("watch") > 0) {
         options->watch = true;
         options->watchPattern = values["watch"].as<std::string>();
@@ -141,8 +169,8 @@ bool parseHostOptions(int argc, const char* const* argv, HostOptions* options, s
             return false;
         }
     }
-    if (!options->help && !options->watch && options->plugin.empty() &&
-        options->loadStation.empty()) {
+    if (!options->help && !options->watch && options->netconfHashUser.empty() &&
+        options->plugin.empty() && options->loadStation.empty()) {
         *error = "the option '--plugin' is required";
         return false;
     }

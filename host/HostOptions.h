@@ -29,6 +29,10 @@ struct HostOptions {
     bool json = false;              // --json: one JSON object per answer
     std::string protocol = "cli";   // --protocol: netconf, cli or none
     std::string user = "operator";  // --user: the session's user name
+    // The NETCONF server (host/netconf).
+    std::string netconf;          // --netconf: [ADDR:]PORT to listen on
+    std::string netconfUsers;     // --netconf-users: the users file
+    std::string netconfHashUser;  // --netconf-hash-password: print an entry for this user
     // --journal: how many change notifications the host keeps; 0 with --no-journal.
     size_t journal = 1000;
     // --watch: watch the host that runs on the state directory instead of running one.
@@ -37,10 +41,10 @@ struct HostOptions {
 };
 
 // Parses the arguments. False, with the reason in `error`, for an unknown option, a bad value or
-// a missing --plugin (unless --help, --load or --watch was asked), --watch with --plugin or
-// --load, a --protocol other than netconf, cli or none, or a --journal outside 1 to 1,000,000.
-// Without --station-objects, --load takes station-objects.xml beside its file. The option help goes
-// to `help`.
+// a missing --plugin (unless --help, --load, --watch or --netconf-hash-password was asked),
+// --netconf without --netconf-users, --watch with --plugin or --load, a --protocol other than
+// netconf, cli or none, or a --journal outside 1 to 1,000,000. Without --station-objects, --load
+// takes station-objects.xml beside its file. The option help goes to `help`.
 bool parseHostOptions(int argc, const char* const* argv, HostOptions* options, std::string* error);
 // Writes the option help.
 void printHostHelp(std::ostream& out);

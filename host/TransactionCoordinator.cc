@@ -180,6 +180,11 @@ OrlReturnT TransactionCoordinator::abort(OrlTxHandleT tx) {
     return result;
 }
 
+size_t TransactionCoordinator::openCount() const {
+    std::lock_guard<std::mutex> lock(_mutex);
+    return _open.size();
+}
+
 bool TransactionCoordinator::isOpen(OrlTxHandleT tx) const {
     std::lock_guard<std::mutex> lock(_mutex);
     return _open.count(tx) == 1;

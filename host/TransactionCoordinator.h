@@ -44,6 +44,8 @@ class TransactionCoordinator {
     OrlReturnT abort(OrlTxHandleT tx);
 
     bool isOpen(OrlTxHandleT tx) const;
+    // How many transactions are open (or ending) now.
+    size_t openCount() const;
     // The transactions open now (ending ones included).
     std::vector<OrlTxHandleT> openHandles() const;
     std::vector<OrlOamSpiTransactionalResource_2*> participants(OrlTxHandleT tx) const;

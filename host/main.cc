@@ -7,7 +7,11 @@
 // database cannot be opened, holds no station (unless --create-state), or another process has the
 // directory; 3 the plug-in cannot be loaded (no file, or no entry symbol); 4 its init refused; 5 a
 // component failed to start; 6 the station model is missing or invalid; 7 the station data file
-// given with --load could not be loaded; 8 a command failed under --strict.
+// given with --load could not be loaded; 8 a command failed under --strict; 9 the NETCONF server
+// cannot start.
+//
+// With --netconf the NETCONF server runs beside the command line; when the command line ends,
+// the server serves on until SIGINT or SIGTERM.
 #include <signal.h>
 
 #include <cstdlib>
@@ -24,6 +28,7 @@
 #include "host/cli/NotificationView.h"
 #include "host/events/WatchRelay.h"
 #include "host/model/StationLoader.h"
+#include "host/netconf/NetconfMain.h"
 #include "platform/Logger.h"
 #include "station/log/LogControl.h"
 
@@ -37,7 +42,8 @@ enum ExitCode {
     kInit = 4,
     kStart = 5,
     kModel = 6,
-    kStation = 7
+    kStation = 7,
+    kNetconf = 9
 };
 
 int fail(int code, const std::string& message) {
@@ -164,6 +170,8 @@ int run(const vesk::host::HostOptions& options, const sigset_t& signals) {
     console.shell.divertLog = !logLevelChosen(options) && options.logFile.empty();
     console.commands = options.commands;
     console.script = options.script;
+    int endedBy = 0;
+    console.endedBy = &endedBy;
     // A batch run keeps standard output for its answers.
     std::ostream& up = console.batch() ? std::cerr : std::cout;
     up << "vesk-host: up, components:";
@@ -179,7 +187,23 @@ int run(const vesk::host::HostOptions& options, const sigset_t& signals) {
             return vesk::host::cli::notificationJson(notification, view).dump();
         });
     relay.start();
+    std::unique_ptr<vesk::host::netconf::NetconfServer> netconf;
+    if (!options.netconf.empty()) {
+        netconf = vesk::host::netconf::startNetconf(host, view, options, &error);
+        if (!netconf) {
+            relay.stop();
+            return fail(kNetconf, "cannot serve NETCONF: " + error);
+        }
+        up << "vesk-host: NETCONF on " << options.netconf << std::endl;
+    }
     int status = vesk::host::cli::runConsole(host, console, signals);
+    if (netconf) {
+        // Input that ended on its own leaves the server serving until a signal comes.
+        if (endedBy == 0) {
+            vesk::host::netconf::serveUntilSignalled(signals);
+        }
+        netconf->stop();
+    }
     host.settleNotifications();
     relay.stop();
     return status;
@@ -197,6 +221,10 @@ int main(int argc, char** argv) {
     if (options.help) {
         vesk::host::printHostHelp(std::cout);
         return kOk;
+    }
+    if (!options.netconfHashUser.empty()) {
+        return vesk::host::netconf::printUserEntry(options.netconfHashUser, std::cin, std::cout,
+                                                   std::cerr);
     }
     if (!applyLogOptions(options, &error)) {
         return fail(kUsage, error);

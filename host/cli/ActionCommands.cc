@@ -30,58 +30,62 @@ bool findParameter(const ModelView& model, Id action, const std::string& name, I
     return false;
 }
 
-// The typed parameters of `args` (from the third on), by parameter; false with the reason.
-bool parseParameters(const ModelView& model, Id action, const Args& args,
-                     std::map<Id, ParsedValue>* values, std::string* error) {
-    for (size_t i = 2; i < args.size(); ++i) {
-        std::string name;
-        std::string text;
+}  // namespace
+
+bool actionParameters(const ModelView& model, Id action, const Pairs& given,
+                      NamedValues* parameters, std::string* error) {
+    std::map<Id, ParsedValue> values;
+    for (const auto& [name, text] : given) {
         Id parameter = kNone;
-        if (!splitPair(args[i], &name, &text)) {
-            *error = "a parameter must be written PARAM=VALUE, not '" + args[i] + "'";
-            return false;
-        }
         if (!findParameter(model, action, name, &parameter, error)) {
             return false;
         }
-        if (values->count(parameter) != 0) {
+        if (values.count(parameter) != 0) {
             *error = name + " is given twice";
             return false;
         }
-        if (!ValueParser(model).parseWords(parameter, {text}, &(*values)[parameter], error)) {
+        if (!ValueParser(model).parseWords(parameter, {text}, &values[parameter], error)) {
+            return false;
+        }
+    }
+    // The agent reads parameters by position: they go in model order.
+    for (Id parameter : model.actionParameters(action)) {
+        const std::string& name = model.attributeName(parameter);
+        auto found = values.find(parameter);
+        if (found != values.end()) {
+            parameters->add(name, &found->second);
+        } else if (model.tables().attributes[parameter].mandatory) {
+            *error = name + " of " + model.actionName(action) + " is mandatory: give it as " +
+                     name + "=VALUE";
             return false;
         }
     }
     return true;
 }
 
-}  // namespace
-
 void runAction(Shell& shell, const Args& args, Answer* answer) {
     const ModelView& model = shell.model();
     Id moc = kNone;
     Id action = kNone;
-    std::map<Id, ParsedValue> values;
     if (!model.resolveDn(args[0], &moc, &answer->error) ||
-        !model.resolveAction(moc, args[1], &action, &answer->error) ||
-        !parseParameters(model, action, args, &values, &answer->error)) {
+        !model.resolveAction(moc, args[1], &action, &answer->error)) {
         return;
     }
-    // The agent reads parameters by position: they go in model order.
-    NamedValues parameters;
-    for (Id parameter : model.actionParameters(action)) {
-        const std::string& name = model.attributeName(parameter);
-        auto given = values.find(parameter);
-        if (given != values.end()) {
-            parameters.add(name, &given->second);
-        } else if (model.tables().attributes[parameter].mandatory) {
-            answer->error =
-                name + " of " + args[1] + " is mandatory: give it as " + name + "=VALUE";
+    Pairs given;
+    for (size_t i = 2; i < args.size(); ++i) {
+        std::string name;
+        std::string text;
+        if (!splitPair(args[i], &name, &text)) {
+            answer->error = "a parameter must be written PARAM=VALUE, not '" + args[i] + "'";
             return;
         }
+        given.emplace_back(name, text);
     }
-    shell.executor().action(args[0], args[1], model.actionResult(action), parameters.list(),
-                            answer);
+    NamedValues parameters;
+    if (actionParameters(model, action, given, &parameters, &answer->error)) {
+        shell.executor().action(args[0], args[1], model.actionResult(action), parameters.list(),
+                                answer);
+    }
 }
 
 void runPeer(Shell& shell, const Args& args, Answer* answer) {

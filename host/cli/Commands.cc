@@ -87,6 +87,8 @@ void runStatus(Shell& shell, const Args&, Answer* answer) {
     Executor& executor = shell.executor();
     Json status = Json::object();
     status["transaction"] = executor.inTransaction() ? Json(executor.transaction()) : Json("none");
+    // Of every session of the host: the command line's and NETCONF's.
+    status["open transactions"] = shell.host().transactions().openCount();
     status["protocol"] = shell.options().protocol;
     status["user"] = shell.options().protocol == "none" ? "-" : shell.options().user;
     status["agent"] = shell.host().agentComponent();

@@ -49,28 +49,32 @@ bool runScript(Shell& shell, const std::string& path, std::ostream& err) {
     return true;
 }
 
-// Plain lines from a pipe or a file.
-void readLines(Shell& shell, const sigset_t& signals) {
+// Plain lines from a pipe or a file. The signal that ended them, or 0.
+int readLines(Shell& shell, const sigset_t& signals) {
     std::string pending;
     char buffer[4096];
-    while (!shell.stopped() && signalled(signals) == 0) {
+    while (!shell.stopped()) {
+        if (int signal = signalled(signals)) {
+            return signal;
+        }
         if (!inputReady()) {
             continue;
         }
         ssize_t got = read(STDIN_FILENO, buffer, sizeof buffer);
         if (got <= 0) {
             shell.runText(pending);
-            return;
+            return 0;
         }
         pending.append(buffer, static_cast<size_t>(got));
         for (size_t end; (end = pending.find('\n')) != std::string::npos;) {
             std::string line = pending.substr(0, end);
             pending.erase(0, end + 1);
             if (!shell.runText(line)) {
-                return;
+                return 0;
             }
         }
     }
+    return 0;
 }
 
 // The shell the line editor's callback feeds, whether input has ended, and whether the last
@@ -130,8 +134,8 @@ void onEditedLine(char* line) {
 }
 
 // A terminal: line editing, history and completion, with the signals still watched between
-// keys: SIGINT is Ctrl-C, SIGTERM ends.
-void editLines(Shell& shell, const sigset_t& signals) {
+// keys: SIGINT is Ctrl-C, SIGTERM ends. The signal that ended them, or 0.
+int editLines(Shell& shell, const sigset_t& signals) {
     static char breaks[] = " \t;";
     g_editing = &shell;
     g_inputEnded = false;
@@ -139,9 +143,11 @@ void editLines(Shell& shell, const sigset_t& signals) {
     rl_attempted_completion_function = completeLine;
     rl_completer_word_break_characters = breaks;
     rl_callback_handler_install(kPrompt, onEditedLine);
+    int ended = 0;
     while (!g_inputEnded && !shell.stopped()) {
         int signal = signalled(signals);
         if (signal == SIGTERM || (signal == SIGINT && interrupt())) {
+            ended = signal;
             break;
         }
         if (inputReady()) {
@@ -151,14 +157,14 @@ void editLines(Shell& shell, const sigset_t& signals) {
     }
     rl_callback_handler_remove();
     g_editing = nullptr;
+    return ended;
 }
 
 int runShell(Shell& shell, const ConsoleOptions& options, const sigset_t& signals) {
     if (!options.batch()) {
-        if (isatty(STDIN_FILENO)) {
-            editLines(shell, signals);
-        } else {
-            readLines(shell, signals);
+        int signal = isatty(STDIN_FILENO) ? editLines(shell, signals) : readLines(shell, signals);
+        if (options.endedBy != nullptr) {
+            *options.endedBy = signal;
         }
         return shell.exitStatus();
     }

@@ -16,8 +16,9 @@ namespace cli {
 
 struct ConsoleOptions {
     ShellOptions shell;
-    std::string commands;  // -c: ";"-separated commands
-    std::string script;    // --script: a file of commands, one or more a line
+    std::string commands;    // -c: ";"-separated commands
+    std::string script;      // --script: a file of commands, one or more a line
+    int* endedBy = nullptr;  // when given: set to the signal that ended the input, or 0
 
     // Whether the run is non-interactive: it ends when the commands are done.
     bool batch() const { return !commands.empty() || !script.empty(); }

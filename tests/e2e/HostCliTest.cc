@@ -156,7 +156,8 @@ TEST_F(HostCliTest, SessionOptionsAndInputLines) {
     EXPECT_EQ(o.status, 0) << o.err;
     EXPECT_EQ(o.out,
               "vesk-host: up, components: VESKCMSAcomponent VESKOIcomponent\n"
-              "transaction: none\nprotocol: netconf\nuser: oss\nagent: VESKCMSAcomponent\n"
+              "transaction: none\nopen transactions: 0\nprotocol: netconf\nuser: oss\n"
+              "agent: VESKCMSAcomponent\n"
               "components: [VESKCMSAcomponent, VESKOIcomponent]\n"
               "events: {producers=1, consumers=[{consumer=1, name=journal, filters=[[]], "
               "queued=0, delivered=0}], journal={kept=0, capacity=1000, recorded=0}}\n")
