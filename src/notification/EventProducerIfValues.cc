@@ -19,12 +19,14 @@ namespace {
 
 using ProducerIf = VeskCmEventProducer::EventProducerIf;
 
-// A number read from a list text as the alternative `T` of the list's element type; a value
-// that does not fit stays as it was, and its read then fails as any wrong alternative does.
+// A number read from a list text as the alternative `T` of the list's element type, appended to
+// `out`; a value that does not fit is appended as it was, and its read then fails as any wrong
+// alternative does. Values are built in place: assigning into a variant trips a false
+// uninitialised-use warning of the optimiser.
 template <typename T>
 struct Narrow : public boost::static_visitor<void> {
-    AttributeVariant& out;
-    explicit Narrow(AttributeVariant& aOut) : out(aOut) {}
+    std::list<AttributeVariant>& out;
+    explicit Narrow(std::list<AttributeVariant>& aOut) : out(aOut) {}
 
     template <typename N>
     void operator()(const N& v) const {
@@ -33,18 +35,21 @@ struct Narrow : public boost::static_visitor<void> {
             if (x == std::floor(x) &&
                 x >= static_cast<long double>(std::numeric_limits<T>::min()) &&
                 x <= static_cast<long double>(std::numeric_limits<T>::max())) {
-                out = static_cast<T>(v);
+                out.emplace_back(static_cast<T>(v));
+                return;
             }
         }
+        out.emplace_back(v);
     }
 };
 
 template <typename T>
 void narrowAll(std::list<AttributeVariant>& values) {
-    for (AttributeVariant& value : values) {
-        AttributeVariant copy = value;
-        boost::apply_visitor(Narrow<T>(value), copy);
+    std::list<AttributeVariant> narrowed;
+    for (const AttributeVariant& value : values) {
+        boost::apply_visitor(Narrow<T>(narrowed), value);
     }
+    values.swap(narrowed);
 }
 
 // Gives the items of a numeric list of database type `type` their element's alternative.
