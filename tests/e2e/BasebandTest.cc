@@ -57,7 +57,7 @@ class BasebandTest : public HostFixture {
     }
 };
 
-// First in the binary, while the agent has not seen the baseband up.
+// Before the agent has seen the baseband up: once seen, it stays so for the agent.
 TEST_F(BasebandTest, NotUpPassesWithoutMessageAndNoMappingRefuses) {
     ASSERT_TRUE(IDatabase::setAttribute("BOAM", 1, "state", AttributeVariant(1), false,
                                         IPCData::AVT_INT32, true, 0));
