@@ -11,6 +11,7 @@
 #include "host/cli/WriteCommands.h"
 #include "platform/DBObject.h"
 #include "platform/IDatabase.h"
+#include "platform/OperationMode.h"
 #include "platform/Toolbox.h"
 
 namespace vesk {
@@ -123,6 +124,32 @@ void runPhase(Shell&, const Args& args, Answer* answer) {
     answer->data = phase;
 }
 
+// opmode [VALUE]: the station's next operation mode, "mixed" or "hc_lte", read or written in the
+// station's own store (kept in the state directory across restarts). The agent sets it at a
+// commit whose cells call for another mode.
+void runOperationMode(Shell&, const Args& args, Answer* answer) {
+    static const char* const kNames[] = {"hc_lte", "mixed"};
+    const int kModeKind = 2;
+    if (!args.empty()) {
+        const int mode = args[0] == "mixed" ? 1 : args[0] == "hc_lte" ? 0 : -1;
+        if (mode < 0) {
+            answer->error = "the operation mode is mixed or hc_lte, not '" + args[0] + "'";
+            return;
+        }
+        if (mw_api_operation_mode_set(kModeKind, mode) != 0) {
+            answer->error = "cannot store the operation mode";
+            return;
+        }
+        answer->notes.push_back(std::string("next operation mode set to ") + kNames[mode]);
+    }
+    int mode = 0;
+    if (mw_api_operation_mode_get(kModeKind, &mode) != 0) {
+        answer->error = "the station's operation mode cannot be read";
+        return;
+    }
+    answer->data = kNames[mode == 1 ? 1 : 0];
+}
+
 void runHelp(Shell&, const Args& args, Answer* answer) {
     answer->data = Json::array();
     for (const Command& command : commandTable()) {
@@ -168,6 +195,8 @@ const std::vector<Command>& commandTable() {
         {"abort", "", "abort the open transaction", 0, 0, runAbort},
         {"phase", "[N]", "show or set the station's auto-integration phase (AI_phase of OAM)", 0, 1,
          runPhase},
+        {"opmode", "[mixed|hc_lte]", "show or set the station's next operation mode", 0, 1,
+         runOperationMode},
         {"watch", "[REGEX]",
          "print change notifications of the MOs whose dn matches REGEX (all without one)", 0, 1,
          runWatch},

@@ -188,6 +188,8 @@ Completions complete(Shell& shell, const std::string& before, const std::string&
     const size_t position = words.size();
     if (position == 0 || (command == "help" && position == 1)) {
         addMatching(commandNames(), "", partial, "", &out);
+    } else if (command == "opmode" && position == 1) {
+        addMatching({"mixed", "hc_lte"}, "", partial, "", &out);
     } else if (command == "peer") {
         completePeer(shell, words, partial, &out);
     } else if (position == 1 && command != "oi" && command != "phase") {

@@ -130,6 +130,12 @@ void VeskDBTransaction::addCreatedAttribute(DBObject* object, const std::string&
         if (!list && !ok)
             VESK_ERROR("VeskDBTransaction::%s(): handling struct attribute: %s::%s failed.",
                        kCreateMo, className, name.c_str());
+        // The list's dns were written to the stored object; the copy in hand is stored last and
+        // must carry them too.
+        Attribute* written =
+            list && ok ? IDatabase::getAttribute(newDn, name, databaseTxHandle) : nullptr;
+        if (written != nullptr)
+            object->addAttribute(*new Attribute(*written));
         return;
     }
     Attribute* attribute = nullptr;

@@ -34,6 +34,26 @@ void appendPatch(const std::map<std::string, std::optional<StoredAttribute>>& pa
     }
 }
 
+bool sameAttribute(const StoredAttribute& a, const StoredAttribute& b) {
+    return a.type == b.type && a.hidden == b.hidden && a.alternateSlot == b.alternateSlot &&
+           a.value.which() == b.value.which() && a.value == b.value;
+}
+
+// What a replacement changed of an object that was there before: the attributes that are new or
+// differ, with their new values, and the ones it no longer has, with their last values.
+void appendDifferences(const AttributeSet& before, const AttributeSet& after,
+                       std::vector<AttributeChange>* out) {
+    for (const StoredAttribute& a : after.items()) {
+        const StoredAttribute* old = before.find(a.name);
+        if (old == nullptr || !sameAttribute(*old, a))
+            out->push_back(changeOf(a, false));
+    }
+    for (const StoredAttribute& a : before.items()) {
+        if (after.find(a.name) == nullptr)
+            out->push_back(changeOf(a, true));
+    }
+}
+
 std::string stringValue(const StoredAttribute* a) {
     if (a == nullptr || a->value.which() != AV_STRING)
         return std::string();
@@ -225,11 +245,16 @@ ObjectChange CommitPlan::changeOf(const Step& step) const {
     if (step.after == nullptr) {
         change.op = IPCData::OP_DELETE;
         appendAll(*step.before, &change.attributes);
-    } else if (step.delta != nullptr && step.delta->kind != Delta::kPatch) {
+    } else if (step.delta != nullptr && step.delta->kind != Delta::kPatch &&
+               step.before == nullptr) {
         change.op = IPCData::OP_INSERT;
         appendAll(*step.after, &change.attributes);
     } else {
-        if (step.delta != nullptr) {
+        if (step.delta != nullptr && !patch) {
+            // A replacement of an object that was there is an update of what it changed.
+            appendDifferences(step.before->attributes, step.after->attributes, &change.attributes);
+            appendDifferences(step.before->alternates, step.after->alternates, &change.attributes);
+        } else if (step.delta != nullptr) {
             appendPatch(step.delta->regular, step.before->attributes, &change.attributes);
             appendPatch(step.delta->alternates, step.before->alternates, &change.attributes);
         }

@@ -81,14 +81,19 @@ int32_t Toolbox::getAIPhaseFromDB() {
     return phase;
 }
 
+// Mixed mode while a WCDMA cell is unlocked: only then do the shared resources have to be split
+// between the two radio technologies; otherwise the LTE cells get them all.
 int Toolbox::checkModeFromDB(int handle) {
     std::list<DBObject*> cells = IDatabase::getMOClass(VeskConst::NodeBLocalCell, handle);
-    bool wcdma = false;
+    bool wcdmaInUse = false;
+    std::string name = "administrativeState";
     for (DBObject* cell : cells) {
+        int state = 0;
         // Keys holding ":" are struct values of a cell, not cells.
-        if (cell->dn.find(':') == std::string::npos)
-            wcdma = true;
+        if (cell->dn.find(':') == std::string::npos && getIntFromDBObject(cell, name, state) &&
+            state == 1)
+            wcdmaInUse = true;
         delete cell;
     }
-    return wcdma ? 1 : 0;
+    return wcdmaInUse ? 1 : 0;
 }

@@ -1,6 +1,9 @@
 // The next operation mode, kept as one number in the file "operation_mode" of the state
-// directory.
+// directory, durable once a write has answered.
 #include "platform/OperationMode.h"
+
+#include <fcntl.h>
+#include <unistd.h>
 
 #include <cstdio>
 #include <filesystem>
@@ -43,18 +46,27 @@ bool readMode(int& mode) {
     return true;
 }
 
+// Replaces the file atomically and waits until the new mode and its name are on stable
+// storage, so that a power cut after an answer of success cannot bring the old mode back.
 bool writeMode(int mode) {
     std::error_code ec;
     std::filesystem::create_directories(vesk::station::stateDirectory(), ec);
-    std::string tmp = modeFile() + ".tmp";
-    {
-        std::ofstream out(tmp, std::ios::trunc);
-        out << mode << "\n";
-        out.flush();
-        if (!out)
-            return false;
-    }
-    return std::rename(tmp.c_str(), modeFile().c_str()) == 0;
+    const std::string tmp = modeFile() + ".tmp";
+    const std::string text = std::to_string(mode) + "\n";
+    int fd = ::open(tmp.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0644);
+    if (fd < 0)
+        return false;
+    bool ok = ::write(fd, text.data(), text.size()) == static_cast<ssize_t>(text.size()) &&
+              ::fsync(fd) == 0;
+    ok = ::close(fd) == 0 && ok;
+    if (!ok || std::rename(tmp.c_str(), modeFile().c_str()) != 0)
+        return false;
+    int dir = ::open(vesk::station::stateDirectory().c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    if (dir < 0)
+        return false;
+    ok = ::fsync(dir) == 0;
+    ::close(dir);
+    return ok;
 }
 }  // namespace
 

@@ -74,16 +74,20 @@ TEST(CommitPlanTest, ChangesListWrittenAttributesInTouchOrderWithReservedByLast)
     EXPECT_EQ(1u, state.referrersOf("F=1")->count("Rel=1"));
 }
 
-TEST(CommitPlanTest, AnInsertOverAnExistingObjectIsAnInsertAndKeepsItsPlace) {
+// A replacement of an object that was there reports what it changed, and nothing when it
+// changed nothing.
+TEST(CommitPlanTest, AnInsertOverAnExistingObjectIsAnUpdateOfItsDifferencesAndKeepsItsPlace) {
     CommittedState state;
-    state.put(make("A=1", {stored("x", 1)}, 1));
-    state.put(make("A=2", {}, 2));
+    state.put(make("A=1", {stored("v", 5), stored("x", 1)}, 1));
+    state.put(make("A=2", {stored("v", 5)}, 2));
     Overlay overlay;
-    overlay.replace(make("A=1", {stored("y", 2)}, 0));
+    overlay.replace(make("A=1", {stored("v", 5), stored("y", 2)}, 0));
     overlay.putAttribute("A=1", stored("w", 3), false);  // patched in place after the insert
+    overlay.replace(make("A=2", {stored("v", 5)}, 0));
     CommitPlan plan(state, overlay);
-    ASSERT_EQ(1u, plan.changes().size());
-    EXPECT_EQ("18 A=1: w y", describe(plan.changes()[0]));
+    ASSERT_EQ(2u, plan.changes().size());
+    EXPECT_EQ("23 A=1: w y x-", describe(plan.changes()[0]));
+    EXPECT_EQ("23 A=2:", describe(plan.changes()[1]));
     plan.applyTo(&state);
     EXPECT_EQ(1u, state.find("A=1")->seq);
     EXPECT_EQ(nullptr, state.find("A=1")->attributes.find("x"));

@@ -159,17 +159,21 @@ TEST_F(ToolboxDatabaseTest, AiPhaseIsMinusTwoUntilOamHoldsIt) {
     EXPECT_EQ(Toolbox::getAIPhaseFromDB(), 4);
 }
 
-TEST_F(ToolboxDatabaseTest, ModeIsMixedWhenTheHandleSeesAWcdmaCell) {
+TEST_F(ToolboxDatabaseTest, ModeIsMixedWhenTheHandleSeesAnUnlockedWcdmaCell) {
+    const std::string group = "ManagedElement=1,NodeBFunction=1,NodeBLocalCellGroup=1";
     put("ManagedElement=1", "");
     put("ENodeBFunction=1", "ManagedElement=1");
-    put("EUtranCellFDD=1", "ManagedElement=1,ENodeBFunction=1");
+    put("EUtranCellFDD=1", "ManagedElement=1,ENodeBFunction=1",
+        {intAttr("administrativeState", 1)});
     put("NodeBFunction=1", "ManagedElement=1");
     put("NodeBLocalCellGroup=1", "ManagedElement=1,NodeBFunction=1");
+    put("NodeBLocalCell=2", group, {intAttr("administrativeState", 0)});
+    put("NodeBLocalCell=2:struct", group, {intAttr("administrativeState", 1)});
     EXPECT_EQ(Toolbox::checkModeFromDB(0), 0);
 
     int handle = IDatabase::transaction(IPCData::OP_TX_OPEN, 0, false);
     ASSERT_NE(handle, 0);
-    put("NodeBLocalCell=1", "ManagedElement=1,NodeBFunction=1,NodeBLocalCellGroup=1", {}, handle);
+    put("NodeBLocalCell=1", group, {intAttr("administrativeState", 1)}, handle);
     EXPECT_EQ(Toolbox::checkModeFromDB(handle), 1);
     EXPECT_EQ(Toolbox::checkModeFromDB(0), 0);
     ASSERT_NE(IDatabase::transaction(IPCData::OP_TX_COMMIT, handle, false), 0);
