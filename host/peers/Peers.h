@@ -37,7 +37,7 @@ class Peers {
 };
 
 // The station's peers of the reference host: reset component (9), auto-integration log
-// writer (8), fault manager (3), WiFi module and security component.
+// writer (8), fault manager (3), WiFi module, security component and baseband OAM (6).
 void addStationPeers(Host& host, Peers& peers);
 
 }  // namespace peers

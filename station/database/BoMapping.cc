@@ -97,6 +97,7 @@ int32_t IDatabase::getBOAttributeId(DBObject* boMapping, std::string attributeNa
         if (id != 0)
             return id;
     }
-    VESK_WARNING("IDatabase::%s: '%s' has no baseband id", __func__, attributeName.c_str());
+    // Most attributes of the baseband's classes are the database's alone: no warning.
+    VESK_TRACE("IDatabase::%s: '%s' has no baseband id", __func__, attributeName.c_str());
     return 0;
 }
