@@ -1,12 +1,10 @@
-// The software and backup machines run through their own queue threads from start to the final
-// state; their tables are driven row by row in the machines' own tests. Terminate leaves them
-// ended, so that the unload that deletes them drops nothing.
+// Terminate leaves the machines ended, so that the unload that deletes them drops nothing. Their
+// tables are driven row by row in the machines' own tests, their start in the agent's start.
 #include <gtest/gtest.h>
 
 #include <chrono>
 #include <thread>
 
-#include "backup/VeskBrM.h"
 #include "front/VeskMoImpl.h"
 #include "platform/EventWithMessage.h"
 #include "platform/SerializableMessage.h"
@@ -18,26 +16,6 @@ namespace {
 
 using VESK::Framework::Event;
 using namespace std::chrono_literals;
-
-template <typename Machine>
-class LifecycleMachineTest : public ::testing::Test {};
-
-using Machines = ::testing::Types<VeskBrM, VeskSwM>;
-TYPED_TEST_SUITE(LifecycleMachineTest, Machines);
-
-TYPED_TEST(LifecycleMachineTest, QueuedEventsRunOnTheMachineThreadUntilQuit) {
-    TypeParam machine;
-    machine.initializeStateMachine();
-    machine.start();
-    ASSERT_TRUE(machine.enqueueEvent(Event(1001), false));
-    ASSERT_TRUE(machine.enqueueEvent(Event(1000), false));
-    for (int i = 0; i < 500 && !machine.hasTerminated(); ++i) {
-        std::this_thread::sleep_for(10ms);
-    }
-    ASSERT_TRUE(machine.hasTerminated());
-    EXPECT_EQ(machine.currentState, 1999);
-    EXPECT_FALSE(machine.enqueueEvent(Event(1001), false));
-}
 
 // An answer whose release keeps the machine's thread busy for a while.
 struct SlowMessage : VESK::Messages::SerializableMessage {
