@@ -54,6 +54,7 @@ void readLines(Shell& shell, const sigset_t& signals) {
     std::string pending;
     char buffer[4096];
     while (!shell.stopped() && signalled(signals) == 0) {
+        shell.poll();
         if (!inputReady()) {
             continue;
         }
@@ -92,6 +93,9 @@ char* nextCompletion(const char*, int state) {
 // reads the MOs is not written over the line being typed.
 char** completeLine(const char* text, int start, int) {
     rl_attempted_completion_over = 1;
+    if (g_editing->busy()) {
+        return nullptr;  // the agent is in the middle of a commit
+    }
     vesk::log::LogCapture quiet(VESK_LOG_WARNING, true);
     Completions found = complete(*g_editing, std::string(rl_line_buffer, start), text);
     g_completions = found.words;
@@ -147,6 +151,12 @@ void editLines(Shell& shell, const sigset_t& signals) {
         if (inputReady()) {
             g_interrupted = false;
             rl_callback_read_char();
+        } else if (shell.busy()) {
+            shell.poll();
+            if (!shell.busy()) {
+                rl_on_new_line();
+                rl_redisplay();
+            }
         }
     }
     rl_callback_handler_remove();

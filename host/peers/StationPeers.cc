@@ -2,6 +2,7 @@
 #include <memory>
 
 #include "host/peers/AutoIntegrationLog.h"
+#include "host/peers/ConfigurationManager.h"
 #include "host/peers/Peers.h"
 #include "host/peers/ResetComponent.h"
 #include "host/peers/SecurityComponent.h"
@@ -16,6 +17,7 @@ void addStationPeers(Host& host, Peers& peers) {
     peers.add(std::make_unique<AutoIntegrationLog>());
     peers.add(std::make_unique<WifiModule>());
     peers.add(std::make_unique<SecurityComponent>());
+    peers.add(std::make_unique<ConfigurationManager>());
 }
 
 }  // namespace peers
