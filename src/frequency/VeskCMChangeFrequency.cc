@@ -91,7 +91,9 @@ int VeskCMChangeFrequency::changeLTECellFrequency(unsigned long orlTxHandle, int
         return -1;
     }
     _databaseTxHandle = dbTxHandle;
-    _actionResultText = result;
+    // `result` lives only as long as the action; a refusal at prepare is told in the log.
+    (void)result;
+    _actionResultText = nullptr;
     VeskMoImpl* front = VeskMoImpl::instance();
     front->insertToCallbackMap(orlTxHandle, OrlTxOperationPrepare, &commitPreparation);
     front->insertToCallbackMap(orlTxHandle, OrlTxOperationAbort, &abortPreparation);

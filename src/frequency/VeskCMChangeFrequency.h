@@ -35,8 +35,8 @@ class VeskCMChangeFrequency {
 
     // An own LTE cell (dn holds ",EUtranCellFDD=" or ",EUtranCellTDD="): writes the new channel
     // into the database transaction `dbTxHandle` of the host transaction `orlTxHandle` and hangs
-    // the prepare and abort callbacks on it. 0 accepted, -1 refused. `result` receives the text
-    // for the operator when the rebuild at prepare is refused; it must stay valid until then.
+    // the prepare and abort callbacks on it. 0 accepted, -1 refused. `result` is not kept: the
+    // text of a limit reached at prepare goes to the log, which the host shows with the refusal.
     int changeLTECellFrequency(unsigned long orlTxHandle, int dbTxHandle, std::string dn,
                                int earfcn, const char** result);
     // The host's prepare: asks the configuration manager, waits without a time limit, rebuilds.

@@ -137,12 +137,21 @@ TEST_F(FrequencyTest, TheRebuildMovesFrequenciesAndRelations) {
 // the external change refused until the restart, and the waits on the configuration manager.
 TEST_F(FrequencyTest, TheConfigurationManagerDecidesAndTheResetFollows) {
     const std::string cell = kFdd + "1";
-    ok("peer cm refuse");
+    // A cell whose bandwidth cannot be read is sent with -1.
+    ASSERT_NE(IDatabase::deleteAttribute("dlChannelBandwidth", kFdd + "3", "", 0), 0);
+    // One refusing cell refuses the request.
+    ok("peer cm refuse " + kFdd + "3");
     ok("begin");
     ok("action " + cell + " changeFrequency earfcn=3100");
+    ok("action " + kFdd + "3 changeFrequency earfcn=2850");
     Json refused = run("commit");
     EXPECT_EQ(refused["rc"], -6) << refused.dump();
+    Json sent = show("cm")["requests"][0]["cells"];
+    ASSERT_EQ(sent.size(), 2u);
+    EXPECT_EQ(sent[0]["bandwidth"], 10000);
+    EXPECT_EQ(sent[1]["bandwidth"], -1);
     EXPECT_EQ(run("get " + cell + " earfcndl")["result"]["earfcndl"], 6300);
+    EXPECT_EQ(run("get " + kFdd + "3 earfcndl")["result"]["earfcndl"], 1300);
     EXPECT_EQ(show("reset").size(), 0u);
 
     // Silent: the commit runs on; peer commands answer meanwhile; the hand-given answer ends it.
@@ -179,6 +188,29 @@ TEST_F(FrequencyTest, TheConfigurationManagerDecidesAndTheResetFollows) {
     ok("action " + kExt + "3 changeFrequency earfcn=3100");
     ok("commit");
     EXPECT_EQ(ref(kExt + "3"), kFreq + "3");
+}
+
+// A neighbour cell with eight relations cannot take a ninth: the commit is refused with -10 and
+// the rollback leaves the station as it was.
+TEST_F(FrequencyTest, ARelationLimitRefusesTheWholeChange) {
+    ok("begin");
+    for (int i = 2; i <= 8; ++i) {
+        std::string id = std::to_string(10 + i);
+        ok("create " + kNet + " EUtranFrequency=" + id +
+           " arfcnValueEUtranDl=" + std::to_string(2000 + i));
+        ok("create " + kFdd + "2 EUtranFreqRelation=" + id + " eutranFrequencyRef=" + kFreq + id);
+    }
+    ok("commit");
+    ok("begin");
+    ok("action " + kFdd + "1 changeFrequency earfcn=3100");
+    Json answer = run("commit");
+    EXPECT_EQ(answer["rc"], -10) << answer.dump();
+    EXPECT_NE(answer["reasons"].dump().find("Maximum number of EUtranFreqRelation MOs in use"),
+              std::string::npos);
+    EXPECT_EQ(run("get " + kFdd + "1 earfcndl")["result"]["earfcndl"], 6300);
+    EXPECT_EQ(ids(kFdd + "1", "EUtranFreqRelation"), "1 2");
+    EXPECT_EQ(ids(kFdd + "1,EUtranFreqRelation=1", "EUtranCellRelation"), "1 2");
+    EXPECT_EQ(show("reset").size(), 0u);
 }
 
 TEST_F(FrequencyTest, AfterACellChangeExternalCellsWaitForTheRestart) {
