@@ -57,6 +57,7 @@ int readLines(Shell& shell, const sigset_t& signals) {
         if (int signal = signalled(signals)) {
             return signal;
         }
+        shell.poll();
         if (!inputReady()) {
             continue;
         }
@@ -96,6 +97,9 @@ char* nextCompletion(const char*, int state) {
 // reads the MOs is not written over the line being typed.
 char** completeLine(const char* text, int start, int) {
     rl_attempted_completion_over = 1;
+    if (g_editing->busy()) {
+        return nullptr;  // the agent is in the middle of a commit
+    }
     vesk::log::LogCapture quiet(VESK_LOG_WARNING, true);
     Completions found = complete(*g_editing, std::string(rl_line_buffer, start), text);
     g_completions = found.words;
@@ -153,6 +157,12 @@ int editLines(Shell& shell, const sigset_t& signals) {
         if (inputReady()) {
             g_interrupted = false;
             rl_callback_read_char();
+        } else if (shell.busy()) {
+            shell.poll();
+            if (!shell.busy()) {
+                rl_on_new_line();
+                rl_redisplay();
+            }
         }
     }
     rl_callback_handler_remove();

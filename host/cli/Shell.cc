@@ -1,10 +1,12 @@
 #include "host/cli/Shell.h"
 
 #include <algorithm>
+#include <chrono>
 
 #include "host/cli/CommandText.h"
 #include "host/cli/Commands.h"
 #include "host/cli/WatchCommands.h"
+#include "host/peers/Peers.h"
 #include "platform/Logger.h"
 #include "station/log/LogControl.h"
 
@@ -38,21 +40,78 @@ bool Shell::runCommand(const std::string& command) {
     if (split && (words.empty() || words[0][0] == '#')) {
         return true;
     }
+    if (busy() && !(split && words[0] == "peer")) {
+        awaitCommit();
+        if (_stopped) {
+            return false;
+        }
+    }
     if (_options.echo && !_options.json) {
         std::lock_guard<std::mutex> lock(_outputMutex);
         _out << "vesk> " << command << "\n";
     }
     if (!split) {
         answer.command = command;
-    } else {
+    } else if (words[0] != "commit") {
         execute(words, &answer);
+    } else if (startCommit(words, &answer)) {
+        return !_stopped;  // the answer is printed when the commit ends
     }
+    conclude(answer);
+    return !_stopped;
+}
+
+void Shell::conclude(const Answer& answer) {
     print(answer);
     if (answer.failed() && _options.strict) {
         _exitStatus = kCommandFailed;
         _stopped = true;
     }
-    return !_stopped;
+}
+
+bool Shell::startCommit(const std::vector<std::string>& words, Answer* answer) {
+    uint64_t session = 0;
+    bool bound = _host.sessions().bound(&session) == OrlOk;
+    _backgroundDone = false;
+    _background = std::thread([this, words, bound, session] {
+        if (bound) {
+            _host.sessions().bind(session);
+        }
+        Answer ended;
+        execute(words, &ended);
+        _host.sessions().unbind();
+        _backgroundAnswer = std::move(ended);
+        _backgroundDone = true;
+    });
+    for (;;) {
+        if (_backgroundDone) {
+            _background.join();
+            *answer = std::move(_backgroundAnswer);
+            return false;
+        }
+        if (_host.peers().waitedOn()) {
+            Answer waiting;
+            waiting.command = "commit";
+            waiting.notes.push_back(
+                "the commit waits for a peer's answer; peer commands run meanwhile, others after "
+                "it");
+            print(waiting);
+            return true;
+        }
+        std::this_thread::sleep_for(std::chrono::milliseconds(2));
+    }
+}
+
+void Shell::poll() {
+    if (busy() && _backgroundDone) {
+        awaitCommit();
+    }
+}
+
+void Shell::awaitCommit() {
+    _background.join();
+    Answer ended = std::move(_backgroundAnswer);
+    conclude(ended);
 }
 
 void Shell::execute(const std::vector<std::string>& words, Answer* answer) {
@@ -90,6 +149,9 @@ void Shell::finish() {
         return;
     }
     _finished = true;
+    if (busy()) {
+        awaitCommit();
+    }
     _watches.reset();
     if (!_executor.inTransaction()) {
         return;

@@ -4,10 +4,12 @@
 // one still open, with a line saying so. Used from one thread, the one the session is bound to.
 #pragma once
 
+#include <atomic>
 #include <memory>
 #include <mutex>
 #include <ostream>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include "host/Host.h"
@@ -49,6 +51,13 @@ class Shell {
     // Runs one command (a blank one or a comment beginning with "#" does nothing).
     bool runCommand(const std::string& command);
 
+    // Collects a commit that ran on while the agent waited for a peer, once it has ended, and
+    // prints its answer. Between input lines; never blocks.
+    void poll();
+    // Whether such a commit runs on now: until it ends only `peer` commands run at once, any
+    // other command first waits for it.
+    bool busy() const { return _background.joinable(); }
+
     bool stopped() const { return _stopped; }
     // 0, or kCommandFailed when a failure stopped a strict run.
     int exitStatus() const { return _exitStatus; }
@@ -73,6 +82,14 @@ class Shell {
     // Runs the command of `words` into `answer`, with the lines it logs as reasons.
     void execute(const std::vector<std::string>& words, Answer* answer);
     void print(const Answer& answer);
+    // Prints the answer and stops a strict run on a failure.
+    void conclude(const Answer& answer);
+    // Runs the commit of `words` on a thread of its own, bound to the operator's session, and
+    // waits for it, unless a peer holds back an answer the agent waits for: then true, and the
+    // commit runs on (see busy). False with `answer` filled when it ended.
+    bool startCommit(const std::vector<std::string>& words, Answer* answer);
+    // Waits for a commit that runs on and prints its answer.
+    void awaitCommit();
 
     Host& _host;
     const ModelView& _model;
@@ -83,6 +100,9 @@ class Shell {
     bool _finished = false;
     int _exitStatus = 0;
     std::mutex _outputMutex;
+    std::thread _background;  // a commit that runs on
+    std::atomic<bool> _backgroundDone{false};
+    Answer _backgroundAnswer;           // written by _background before _backgroundDone
     std::unique_ptr<Watches> _watches;  // last: its threads print through the members above
 };
 

@@ -45,6 +45,8 @@ class Peer {
     virtual Json show() const;
     // The words the peer takes, for its usage line: "show|record|restart|refuse".
     virtual std::string usage() const;
+    // Whether the agent waits now for an answer that this peer holds back.
+    virtual bool waitedOn() const { return false; }
 
   protected:
     // Called (without the lock) once `behaviour` is set.

@@ -52,6 +52,15 @@ Peer* Peers::find(const std::string& name) const {
     return nullptr;
 }
 
+bool Peers::waitedOn() const {
+    for (const std::unique_ptr<Peer>& peer : _peers) {
+        if (peer->waitedOn()) {
+            return true;
+        }
+    }
+    return false;
+}
+
 std::vector<Peer*> Peers::all() const {
     std::vector<Peer*> result;
     for (const std::unique_ptr<Peer>& peer : _peers) {

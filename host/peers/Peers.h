@@ -31,13 +31,16 @@ class Peers {
     Peer* find(const std::string& name) const;
     // In the order they were added.
     std::vector<Peer*> all() const;
+    // Whether the agent waits now for an answer one of the peers holds back.
+    bool waitedOn() const;
 
   private:
     std::vector<std::unique_ptr<Peer>> _peers;
 };
 
 // The station's peers of the reference host: reset component (9), auto-integration log
-// writer (8), fault manager (3), WiFi module, security component and baseband OAM (6).
+// writer (8), fault manager (3), WiFi module, security component, baseband OAM (6) and
+// configuration manager (2).
 void addStationPeers(Host& host, Peers& peers);
 
 }  // namespace peers

@@ -2,6 +2,7 @@
 #include <memory>
 
 #include "host/peers/AutoIntegrationLog.h"
+#include "host/peers/ConfigurationManager.h"
 #include "host/peers/BasebandOam.h"
 #include "host/peers/FaultManager.h"
 #include "host/peers/Peers.h"
@@ -20,6 +21,7 @@ void addStationPeers(Host& host, Peers& peers) {
     peers.add(std::make_unique<WifiModule>());
     peers.add(std::make_unique<SecurityComponent>());
     peers.add(std::make_unique<BasebandOam>());
+    peers.add(std::make_unique<ConfigurationManager>());
 }
 
 }  // namespace peers

@@ -6,6 +6,7 @@
 #include "front/VeskMoImpl.h"
 #include "platform/Logger.h"
 #include "plugin/VeskCMComponent.h"
+#include "transaction/VeskDBTransactionHelper.h"
 
 using TibVeskCM::VeskCMComponent;
 using TibVeskCM::VeskMoImpl;
@@ -176,4 +177,12 @@ void vesk_cm_sessionCreatedCallback(uint64_t sessionHandle) {
 
 void vesk_cm_sessionDestroyedCallback(uint64_t sessionHandle) {
     VeskMoImpl::instance()->sessionDestroyedCallback(sessionHandle);
+}
+
+int vesk_cm_createDefaultFrequencyMOs(const char* cellDn, int frequency, int handle) {
+    VESK_TRACE(">> %s", __func__);
+    int rc = TibVeskCM::VeskDBTransactionHelper::instance()->createDefaultFrequencyMOs(
+        cellDn != nullptr ? cellDn : "", frequency, handle);
+    VESK_TRACE("<< %s", __func__);
+    return rc;
 }

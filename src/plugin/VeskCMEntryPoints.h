@@ -73,4 +73,9 @@ VESK_AGENT_EXPORT OrlReturnT vesk_cm_UnRegisterDn_2(OrlMgmtSpiInterface_1 moIf,
 // Session callbacks registered at start; on the host's threads.
 VESK_AGENT_EXPORT void vesk_cm_sessionCreatedCallback(uint64_t sessionHandle);
 VESK_AGENT_EXPORT void vesk_cm_sessionDestroyedCallback(uint64_t sessionHandle);
+
+// Default frequency MOs of a new cell in the database transaction `handle`; see
+// VeskDBTransactionHelper::createDefaultFrequencyMOs. Not called by the agent itself.
+VESK_AGENT_EXPORT int vesk_cm_createDefaultFrequencyMOs(const char* cellDn, int frequency,
+                                                        int handle);
 }

@@ -80,6 +80,26 @@ class VeskDBTransactionHelper {
     int createReadOnlyAttributes(std::string dn, int handle);
     int createOtherRequiredAttributes(std::string dn, Operation operation, int handle);
 
+    // Default frequency MOs (VeskDBTransactionHelperFrequency.cc), in the database transaction
+    // `handle`: the EUtranFrequency of `frequency` under the last EUtraNetwork unless committed
+    // data has one, and "EUtranFreqRelation=1" of `cellDn` pointing at it. 0, -1, or -10 at the
+    // model's limit; what was made before a failure stays in the transaction.
+    int createDefaultFrequencyMOs(std::string cellDn, int frequency, int handle);
+    // 0 found (rdn set), -2 not found, -1 a frequency without its channel. Committed data.
+    int checkEUtranFrequency(int frequency, std::string& rdn);
+    // 0 room for one more committed child, -10 at the limit, -1 no limit known.
+    int isMOLimitExceeded(std::string parentDn, std::string className);
+    // The first free "className=n" below parentDn, n from 1 to the model's maximum: 0 or -10.
+    int findFreeDn(std::string parentDn, std::string className, std::string& rdn, std::string& id,
+                   int handle);
+    std::string generateDn(std::string className, int index);
+    int createEUtranFrequency(std::string rdn, std::string id, int frequency, std::string dn,
+                              std::string parentDn, int handle);
+    int createEUtranFreqRelation(std::string cellDn, std::string frequencyDn, int handle);
+    // The measurement bandwidth in resource blocks for a channel bandwidth in kHz; 0 outside
+    // the table.
+    int getAllowedMeasBandwidth(int channelBandwidth);
+
   protected:
     VeskDBTransactionHelper() = default;
 };

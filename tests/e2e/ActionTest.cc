@@ -113,15 +113,18 @@ TEST_F(ActionTest, EveryRowOfTheDispatchByDnNameAndPhase) {
          ""},
         {4, "", kBrM + ",BrmRollbackAtRestore=1 confirmRestore", "OrlOk", R"({"result":-1})", "",
          ""},
-        // Frequency change: the engine refuses; a class it does not know is told in a message.
-        {4, "", kCell + " changeFrequency earfcn=100", "OrlFailure", "null", "", ""},
+        // Frequency change: a class the engine does not know is told in a message; an own cell's
+        // change commits with the reset (and takes the unknown external cell, a user of its old
+        // frequency without relations, along); external cells then wait for the restart.
+        {4, "", kExtEnb + ",ExternalEUtranCellTDD=9 changeFrequency earfcn=100", "OrlOk", "null",
+         kNotYet, ""},
+        {4, "", kCell + " changeFrequency earfcn=100", "OrlOk", "null", "",
+         R"(reset{"cause":27,"kind":1,"text":"","parameter":-1})"},
         {4, "", kExtEnb + ",ExternalEUtranCellFDD=1 changeFrequency earfcn=100", "OrlFailure",
          "null", "", ""},
         {4, "",
          kEnb + ",UtraNetwork=1,UtranFrequency=1,ExternalUtranCellFDD=1 changeFrequency earfcn=9",
          "OrlFailure", "null", "", ""},
-        {4, "", kExtEnb + ",ExternalEUtranCellTDD=9 changeFrequency earfcn=100", "OrlOk", "null",
-         kNotYet, ""},
         {4, "", kCell + " setMaxNoOfCellRelations maxNoOfCellRelations=77", "OrlOk", "null", "",
          ""},
     };
