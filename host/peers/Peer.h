@@ -45,6 +45,10 @@ class Peer {
     virtual Json show() const;
     // The words the peer takes, for its usage line: "show|record|restart|refuse".
     virtual std::string usage() const;
+    // Once the station's state is open, before the agent is loaded.
+    virtual void stateOpened() {}
+    // Before the host closes: ends whatever the peer does on threads of its own.
+    virtual void stop() {}
 
   protected:
     // Called (without the lock) once `behaviour` is set.

@@ -29,6 +29,9 @@ class Peers {
     // with an error line, when a peer of that name or destination is there already.
     Peer* add(std::unique_ptr<Peer> peer);
     Peer* find(const std::string& name) const;
+    // Tells every peer that the station's state is open; asks every peer to stop its work.
+    void stateOpened();
+    void stopAll();
     // In the order they were added.
     std::vector<Peer*> all() const;
 
@@ -37,7 +40,7 @@ class Peers {
 };
 
 // The station's peers of the reference host: reset component (9), auto-integration log
-// writer (8), WiFi module and security component.
+// writer (8), WiFi module, security component and software management (7).
 void addStationPeers(Host& host, Peers& peers);
 
 }  // namespace peers

@@ -5,6 +5,7 @@
 #include "host/peers/Peers.h"
 #include "host/peers/ResetComponent.h"
 #include "host/peers/SecurityComponent.h"
+#include "host/peers/SoftwareManagement.h"
 #include "host/peers/WifiModule.h"
 
 namespace vesk {
@@ -16,6 +17,7 @@ void addStationPeers(Host& host, Peers& peers) {
     peers.add(std::make_unique<AutoIntegrationLog>());
     peers.add(std::make_unique<WifiModule>());
     peers.add(std::make_unique<SecurityComponent>());
+    peers.add(std::make_unique<SoftwareManagement>(host));
 }
 
 }  // namespace peers
