@@ -284,8 +284,6 @@ SoftwareManagement::Outcome SoftwareManagement::confirmRestore(const std::string
 }
 
 void SoftwareManagement::stateOpened() {
-    std::error_code ignored;
-    std::filesystem::create_directories(storePath(), ignored);
     if (!vesk::db::isOpen()) {
         return;
     }
