@@ -42,7 +42,7 @@ test-tsan: deps
 # builds only what it runs: the agent, the station layer and the host. The benchmarks are
 # `make bench`.
 DEMO_STATE ?= $(BUILD)/demo-state
-DEMO_SESSIONS ?= read write gates validation actions cells faults baseband frequency
+DEMO_SESSIONS ?= read write gates validation actions cells faults baseband frequency backup
 DEMO_HOST = $(BUILD)/host/vesk-host --plugin $(BUILD)/src/libtib_oam_cm_sa.so --state $(DEMO_STATE)
 demo: configure
 	@cmake --build $(BUILD) --target tib_oam_cm_sa vesk-host

@@ -1,5 +1,8 @@
 #include "host/Host.h"
 
+#include <chrono>
+#include <thread>
+
 #include "host/PluginLoader.h"
 #include "platform/IDatabase.h"
 #include "platform/Logger.h"
@@ -35,6 +38,8 @@ Host::Host() : _plugin(new PluginLoader), _implementers(new oi::Implementers(*th
 }
 
 Host::~Host() {
+    _closing = true;
+    _peers.stopAll();
     stop();
     unload();
     if (_stateOpen) {
@@ -59,6 +64,7 @@ bool Host::openState(const std::string& directory, std::string* error, bool crea
     if (_faultManager != nullptr) {
         _faultManager->keepIn(directory + "/" + kFaultManagerFile);
     }
+    _peers.stateOpened();
     return true;
 }
 
@@ -189,6 +195,40 @@ bool Host::restartAgent(std::string* error) {
     return load(path, error) == kLoaded && start(error) == OrlOk;
 }
 
+bool Host::restartAgentAround(const std::function<bool(std::string*)>& work, std::string* error) {
+    {
+        std::lock_guard<std::mutex> lock(_gateMutex);
+        _gateClosed = true;
+    }
+    while (!_coordinator.openHandles().empty() && !_closing) {
+        std::this_thread::sleep_for(std::chrono::milliseconds(2));
+    }
+    bool ok = !_closing;
+    if (!ok) {
+        *error = "the host is closing";
+    } else {
+        bool loaded = _plugin->isOpen();
+        std::string path = _plugin->path();
+        if (loaded) {
+            VESK_INFO("host: restarting %s around a change of the station's state", path.c_str());
+            stop();
+            unload();
+        }
+        ok = work(error);
+        std::string reason;
+        if (loaded && !(load(path, &reason) == kLoaded && start(&reason) == OrlOk)) {
+            *error = ok ? reason : *error + "; " + reason;
+            ok = false;
+        }
+    }
+    {
+        std::lock_guard<std::mutex> lock(_gateMutex);
+        _gateClosed = false;
+    }
+    _gateOpened.notify_all();
+    return ok;
+}
+
 void Host::afterTransactions(std::function<void()> work) {
     std::lock_guard<std::mutex> lock(_deferredMutex);
     _deferred.push_back(Deferred{_coordinator.openHandles(), std::move(work)});
@@ -243,11 +283,17 @@ OrlOamSpiTransactionalResource_2* Host::agentTransactionalResource() {
 }
 
 OrlReturnT Host::begin(OrlTxHandleT* tx) {
-    OrlOamSpiTransactionalResource_2* resource = agentTransactionalResource();
-    if (resource == nullptr) {
-        return OrlNotExist;
+    OrlOamSpiTransactionalResource_2* resource = nullptr;
+    {
+        // A transaction opened now is seen by restartAgentAround, which waits for it to end.
+        std::unique_lock<std::mutex> lock(_gateMutex);
+        _gateOpened.wait(lock, [this] { return !_gateClosed; });
+        resource = agentTransactionalResource();
+        if (resource == nullptr) {
+            return OrlNotExist;
+        }
+        *tx = _coordinator.open();
     }
-    *tx = _coordinator.open();
     OrlReturnT result = _coordinator.join(*tx, resource);
     if (result != OrlOk && result != OrlAlreadyJoined) {
         _coordinator.abort(*tx);

@@ -7,6 +7,8 @@
 // whatever of stop, terminate, unload and closing the state is still due.
 #pragma once
 
+#include <atomic>
+#include <condition_variable>
 #include <cstdint>
 #include <functional>
 #include <memory>
@@ -76,6 +78,13 @@ class Host {
     // and start it again on the same state. False, with the reason, when it did not come back.
     // Not from inside a call of the agent.
     bool restartAgent(std::string* error);
+    // The station's restart around a change of its state: once no transaction is open (new
+    // ones wait meanwhile), stops and unloads the agent, runs `work`, then loads and starts the
+    // agent again (when one was loaded). False, with the reason, when `work` fails (the agent is
+    // started again all the same), the agent does not come back, or the host is closing. From a
+    // thread of the host's own that is not in a call of the agent (a peer's).
+    bool restartAgentAround(const std::function<bool(std::string* reason)>& work,
+                            std::string* error);
     // Runs `work` once every transaction open now has ended, on the thread that ends the last
     // of them (at the end of commit or abort); with none open, at the end of the next commit
     // or abort. Any thread, also from inside a call of the agent.
@@ -163,6 +172,11 @@ class Host {
     bool _stateOpen = false;
     std::mutex _deferredMutex;
     std::vector<Deferred> _deferred;
+    // Holds new transactions back while restartAgentAround works.
+    std::mutex _gateMutex;
+    std::condition_variable _gateOpened;
+    bool _gateClosed = false;
+    std::atomic<bool> _closing{false};
     peers::Peers _peers;
     peers::FaultManager* _faultManager = nullptr;     // one of _peers
     std::unique_ptr<oi::Implementers> _implementers;  // last: it calls the records above

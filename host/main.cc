@@ -143,6 +143,11 @@ void keepJournal(vesk::host::Host& host, const vesk::host::HostOptions& options)
 }
 
 int run(const vesk::host::HostOptions& options, const sigset_t& signals) {
+    // The backups of the station live beside its state unless the environment says otherwise.
+    std::error_code unresolved;
+    std::string backups =
+        std::filesystem::absolute(options.stateDirectory + "/brm_backup", unresolved);
+    setenv("VESK_BRM_BACKUP_PATH", backups.c_str(), 0);
     vesk::host::Host host;
     int prepared = prepare(host, options);
     if (prepared != kOk || options.plugin.empty()) {

@@ -47,6 +47,10 @@ class Peer {
     virtual std::string usage() const;
     // Whether the agent waits now for an answer that this peer holds back.
     virtual bool waitedOn() const { return false; }
+    // Once the station's state is open, before the agent is loaded.
+    virtual void stateOpened() {}
+    // Before the host closes: ends whatever the peer does on threads of its own.
+    virtual void stop() {}
 
   protected:
     // Called (without the lock) once `behaviour` is set.

@@ -9,6 +9,7 @@ namespace host {
 namespace peers {
 
 Peers::~Peers() {
+    stopAll();
     for (const std::unique_ptr<Peer>& peer : _peers) {
         if (peer->destination() != 0) {
             vesk::station::unregisterComponent(peer->destination());
@@ -41,6 +42,18 @@ Peer* Peers::add(std::unique_ptr<Peer> peer) {
             });
     }
     return added;
+}
+
+void Peers::stateOpened() {
+    for (const std::unique_ptr<Peer>& peer : _peers) {
+        peer->stateOpened();
+    }
+}
+
+void Peers::stopAll() {
+    for (const std::unique_ptr<Peer>& peer : _peers) {
+        peer->stop();
+    }
 }
 
 Peer* Peers::find(const std::string& name) const {

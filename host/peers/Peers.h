@@ -29,6 +29,9 @@ class Peers {
     // with an error line, when a peer of that name or destination is there already.
     Peer* add(std::unique_ptr<Peer> peer);
     Peer* find(const std::string& name) const;
+    // Tells every peer that the station's state is open; asks every peer to stop its work.
+    void stateOpened();
+    void stopAll();
     // In the order they were added.
     std::vector<Peer*> all() const;
     // Whether the agent waits now for an answer one of the peers holds back.
@@ -39,8 +42,8 @@ class Peers {
 };
 
 // The station's peers of the reference host: reset component (9), auto-integration log
-// writer (8), fault manager (3), WiFi module, security component, baseband OAM (6) and
-// configuration manager (2).
+// writer (8), fault manager (3), WiFi module, security component, baseband OAM (6),
+// configuration manager (2) and software management (7).
 void addStationPeers(Host& host, Peers& peers);
 
 }  // namespace peers

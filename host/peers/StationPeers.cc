@@ -8,6 +8,7 @@
 #include "host/peers/Peers.h"
 #include "host/peers/ResetComponent.h"
 #include "host/peers/SecurityComponent.h"
+#include "host/peers/SoftwareManagement.h"
 #include "host/peers/WifiModule.h"
 
 namespace vesk {
@@ -22,6 +23,7 @@ void addStationPeers(Host& host, Peers& peers) {
     peers.add(std::make_unique<SecurityComponent>());
     peers.add(std::make_unique<BasebandOam>());
     peers.add(std::make_unique<ConfigurationManager>());
+    peers.add(std::make_unique<SoftwareManagement>(host));
 }
 
 }  // namespace peers

@@ -1,18 +1,25 @@
 // The backup and restore machine: `initial` until the agent's start gives it evStartToOperate,
 // then `stReady` until evQuit moves it to the final state. The table is VeskBrM_StateMachine's.
 //
-// What it does now: the lifecycle, and the entry of the backup actions, which refuses (-1, with
-// an error line) and sends nothing until backup and restore land. The handling of the
-// component's answers comes with them.
+// It is also the entry of the backup actions: the backup manager decides what an action means
+// and asks software management (destination 7), whose answers arrive here as evBrMOperationResp.
+// The manager and the confirmation are made at their first use, not at start.
 #pragma once
+
+#include <memory>
+#include <mutex>
 
 #include "backup/VeskBrM_StateMachine.h"
 #include "platform/orl/OrlAttributeValue.h"
 
+class VeskBrMBackupManager;
+class VeskBrmRollbackAtRestore;
+
 class VeskBrM : public VeskBrM_StateMachine {
   public:
     VeskBrM();
-    // Stops the queue first, so that no event runs on a half-destroyed machine.
+    // Takes software management's answers off the inbound router, then stops the queue, so that
+    // no event runs on a half-destroyed machine.
     ~VeskBrM() override;
 
     // A BrM action on `dn`, on a host thread under the front's mutex: 0 started (or, for
@@ -31,6 +38,17 @@ class VeskBrM : public VeskBrM_StateMachine {
     void leaveState_stReady() override {}
     // "VeskBrM: Processing event evStartToOperate", as information.
     void processEvent_evStartToOperate() override;
-    // Not available yet: logs an error and deletes the message unread.
+    // Closes the operation that the answer names (the manager is made if needed); the answer to
+    // "confirmRestore" also releases the waiting confirmation. Deletes the message.
     void processEvent_evBrMOperationResp(EventWithParams_evBrMOperationResp const& event) override;
+
+  private:
+    // Made at the first action or answer; the caller holds _mutex.
+    VeskBrMBackupManager& backupManager();
+
+    // Serialises the manager between the host's thread (execute) and the machine's
+    // (finalizeOperation); not held while "confirmRestore" waits.
+    std::mutex _mutex;
+    std::unique_ptr<VeskBrMBackupManager> _backupManager;
+    std::unique_ptr<VeskBrmRollbackAtRestore> _rollbackAtRestore;
 };

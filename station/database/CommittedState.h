@@ -45,6 +45,12 @@ class CommittedState {
     void remove(const std::string& fullDn);
 
     uint64_t nextSeq() const { return _lastSeq + 1; }
+    // Calls `visit` with every object, in no particular order.
+    template <typename F>
+    void forEach(F&& visit) const {
+        for (const auto& entry : _byDn)
+            visit(entry.second);
+    }
     size_t size() const { return _byDn.size(); }
     void clear();
 

@@ -1,7 +1,11 @@
 // Opening and closing the station database that IDatabase's static operations work on.
 #pragma once
 
+#include <functional>
 #include <string>
+#include <vector>
+
+#include "station/database/StoredObject.h"
 
 namespace vesk {
 namespace db {
@@ -31,6 +35,18 @@ bool open(const std::string& stateDir, std::string* error);
 void close();
 
 bool isOpen();
+
+// Every committed object of the open store, in insertion order, as one consistent state; the
+// store's writers wait only while the pointers are copied, its readers not at all. Empty when
+// nothing is open. Any thread.
+std::vector<ObjectPtr> snapshot();
+// Puts `objects` in place of every committed object whose full dn `keep` does not accept, in
+// one durable write (all or nothing), and makes it the committed state at once, without change
+// events. Objects of `objects` that `keep` accepts are left out. False, with the reason in
+// `error` and nothing changed, when nothing is open, the store refuses the write, or a dn comes
+// twice. Any thread.
+bool replace(std::vector<StoredObject> objects,
+             const std::function<bool(const std::string& fullDn)>& keep, std::string* error);
 
 }  // namespace db
 }  // namespace vesk

@@ -1,5 +1,6 @@
 #include "station/database/Engine.h"
 
+#include <algorithm>
 #include <atomic>
 
 #include "platform/Logger.h"
@@ -115,6 +116,57 @@ bool Engine::commitOverlay(const Overlay& overlay, const char* fn) {
         plan.applyTo(&_state);
     }
     publishChanges(plan.changes());
+    return true;
+}
+
+std::vector<ObjectPtr> Engine::snapshot() {
+    std::vector<ObjectPtr> objects;
+    {
+        std::shared_lock<std::shared_mutex> lock(_stateMutex);
+        objects.reserve(_state.size());
+        _state.forEach([&objects](const ObjectPtr& object) { objects.push_back(object); });
+    }
+    std::sort(objects.begin(), objects.end(),
+              [](const ObjectPtr& a, const ObjectPtr& b) { return a->seq < b->seq; });
+    return objects;
+}
+
+bool Engine::replace(std::vector<StoredObject> objects,
+                     const std::function<bool(const std::string&)>& keep, std::string* error) {
+    std::lock_guard<std::mutex> commitLock(_commitMutex);
+    std::vector<ObjectPtr> kept = snapshot();
+    std::vector<uint64_t> removes;
+    CommittedState fresh;
+    for (const ObjectPtr& object : kept) {
+        if (keep(object->fullDn))
+            fresh.put(object);
+        else
+            removes.push_back(object->seq);
+    }
+    uint64_t seq = _state.nextSeq();
+    std::vector<ObjectPtr> puts;
+    for (StoredObject& object : objects) {
+        if (keep(object.fullDn))
+            continue;
+        if (fresh.find(object.fullDn) != nullptr) {
+            *error = "object '" + object.fullDn + "' is there twice";
+            return false;
+        }
+        object.key = keyOf(object.fullDn);
+        object.className = classOfKey(object.key);
+        object.parentDn = parentOf(object.fullDn);
+        object.seq = seq++;
+        puts.push_back(std::make_shared<const StoredObject>(std::move(object)));
+        fresh.put(puts.back());
+    }
+    if (!_store.apply(puts, removes, error))
+        return false;
+    {
+        std::unique_lock<std::shared_mutex> lock(_stateMutex);
+        std::swap(_state, fresh);
+    }
+    VESK_INFO("IDatabase: state replaced, %zu objects written, %zu removed", puts.size(),
+              removes.size());
     return true;
 }
 

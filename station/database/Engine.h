@@ -3,6 +3,7 @@
 // error line per refused call, with `fn` (the IDatabase operation) in the text.
 #pragma once
 
+#include <functional>
 #include <list>
 #include <memory>
 #include <mutex>
@@ -49,6 +50,16 @@ class Engine {
     bool deleteAttribute(const std::string& dn, const std::string& name, int handle);
     bool setAttribute(const std::string& dn, const std::string& name, const AttributeVariant& value,
                       IPCData::AttributeValueType type, int handle);
+    // Every committed object, in insertion order, as one consistent state: the read lock is
+    // held only while the pointers are copied.
+    std::vector<ObjectPtr> snapshot();
+    // Puts `objects` in place of every committed object for which `keep` is false, in one
+    // durable write, and swaps the new state in at once; the objects of `objects` that `keep`
+    // names are left out. No change events: the station restarts on the new state. False, with
+    // the reason in `error`, and nothing changed, when the store refuses the write or `objects`
+    // names one dn twice. Open handles keep their overlays.
+    bool replace(std::vector<StoredObject> objects,
+                 const std::function<bool(const std::string&)>& keep, std::string* error);
     // Every commit is on stable storage when it returns; this folds the log into the main file
     // when it has grown long (always with `force`). False, after an error line, if a fold failed.
     bool checkpoint(bool force);

@@ -92,6 +92,21 @@ bool isOpen() {
     return g_engine != nullptr;
 }
 
+std::vector<ObjectPtr> snapshot() {
+    std::shared_lock<std::shared_mutex> lock(g_lifecycle);
+    return g_engine != nullptr ? g_engine->snapshot() : std::vector<ObjectPtr>();
+}
+
+bool replace(std::vector<StoredObject> objects,
+             const std::function<bool(const std::string& fullDn)>& keep, std::string* error) {
+    std::shared_lock<std::shared_mutex> lock(g_lifecycle);
+    if (g_engine == nullptr) {
+        *error = "the database is not open";
+        return false;
+    }
+    return g_engine->replace(std::move(objects), keep, error);
+}
+
 }  // namespace db
 }  // namespace vesk
 

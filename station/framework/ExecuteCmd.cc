@@ -9,6 +9,7 @@
 #include <cerrno>
 #include <chrono>
 #include <cstring>
+#include <filesystem>
 #include <thread>
 
 #include "platform/Logger.h"
@@ -60,6 +61,43 @@ bool waitLimited(pid_t pid, int& status) {
     waitpid(pid, &status, 0);
     return false;
 }
+// "rm [-f|-r|-rf] PATH" is carried out here, with everything after the options as one path
+// ("DIR/*": every entry of DIR), so that a file name never reaches a shell, whatever it holds.
+// False for any other command. `status` is rm's: 0 done, 1 not.
+bool removeInProcess(const std::string& command, int* status) {
+    if (command.rfind("rm ", 0) != 0)
+        return false;
+    std::string path = command.substr(3);
+    bool recursive = false;
+    for (const char* option : {"-rf ", "-fr ", "-r ", "-f "}) {
+        if (path.rfind(option, 0) == 0) {
+            recursive = std::string(option).find('r') != std::string::npos;
+            path = path.substr(std::strlen(option));
+            break;
+        }
+    }
+    std::error_code ec;
+    bool ok = true;
+    if (path.size() >= 2 && path.compare(path.size() - 2, 2, "/*") == 0) {
+        std::filesystem::path folder = path.substr(0, path.size() - 2);
+        for (const auto& entry : std::filesystem::directory_iterator(folder, ec)) {
+            std::error_code one;
+            recursive ? std::filesystem::remove_all(entry.path(), one)
+                      : std::filesystem::remove(entry.path(), one);
+            ok = ok && !one;
+        }
+        ok = ok && !ec;
+    } else if (recursive) {
+        std::filesystem::remove_all(path, ec);
+        ok = !ec;
+    } else {
+        // As rm: a folder only with -r.
+        ok = !std::filesystem::is_directory(std::filesystem::symlink_status(path, ec)) &&
+             std::filesystem::remove(path, ec);
+    }
+    *status = ok ? 0 : 1;
+    return true;
+}
 }  // namespace
 
 namespace vesk {
@@ -73,6 +111,11 @@ void setCommandTimeLimitMs(unsigned ms) {
 int executeCmd(int component, std::string const& command, std::string const& second, bool flag) {
     VESK_INFO("executeCmd: component %d runs '%s'%s", component, command.c_str(),
               flag ? " (flag set)" : "");
+    int removed = 0;
+    if (removeInProcess(command, &removed)) {
+        VESK_INFO("executeCmd: '%s' exited with status %d", command.c_str(), removed);
+        return removed;
+    }
     pid_t pid = spawnShell(command, second);
     if (pid < 0) {
         VESK_ERROR("executeCmd: '%s' could not be started: %s", command.c_str(),

@@ -14,7 +14,6 @@ using namespace vesk::e2e;
 const std::string kUnit = "ManagedElement=1,Equipment=1,RbsUnit=1";
 const std::string kWifi = kUnit + ",WifiModule=1";
 const std::string kSwM = "ManagedElement=1,SystemFunctions=1,SwM=1";
-const std::string kBrM = "ManagedElement=1,SystemFunctions=1,BrM=1";
 const std::string kCertM = "ManagedElement=1,SystemFunctions=1,SecM=1,CertM=1";
 const std::string kExtEnb = kEnb + ",EUtraNetwork=1,ExternalENodeBFunction=1";
 const std::string kFrequency = kEnb + ",EUtraNetwork=1,EUtranFrequency=1";
@@ -95,10 +94,6 @@ TEST_F(ActionTest, EveryRowOfTheDispatchByDnNameAndPhase) {
          R"(wifi{"factoryResets":2,"restarts":1,"lastRestartMode":2})"},
         // Software management: an unknown name only tells the operator.
         {4, "", kSwM + " cancel", "OrlFailure", "null", "Action is not supported", ""},
-        {4, "", kSwM + " createUpgradePackage uri=sftp://pkg password=p", "OrlFailure",
-         R"({"id":0})", "", ""},
-        {4, "", kSwM + " removeUpgradePackage", "OrlFailure", R"({"ok":false})", "", ""},
-        {4, "", kSwM + ",UpgradePackage=1 prepare", "OrlFailure", R"({"ok":false})", "", ""},
         // Certificates go to the security component with their attributes.
         {4, "", kCertM + " installTrustedCertFromUri uri=sftp://ca fingerprint=ab:cd", "OrlOk",
          R"({"ok":true})", "",
@@ -106,13 +101,6 @@ TEST_F(ActionTest, EveryRowOfTheDispatchByDnNameAndPhase) {
              R"(","attributes":{"fingerprint":"ab:cd","uri":"sftp://ca"}})"},
         {4, "peer sec fail", kCertM + " installTrustedCertFromUri uri=x", "OrlFailure",
          R"({"ok":false})", "", ""},
-        // Backup: a refusal is told in the result, not in the code.
-        {4, "", kBrM + ",BrmBackupManager=1 createBackup name=b1", "OrlOk", R"({"result":-1})", "",
-         ""},
-        {4, "", kBrM + ",BrmBackupManager=1,BrmBackup=1 restore", "OrlOk", R"({"result":-1})", "",
-         ""},
-        {4, "", kBrM + ",BrmRollbackAtRestore=1 confirmRestore", "OrlOk", R"({"result":-1})", "",
-         ""},
         // Frequency change: a class the engine does not know is told in a message; an own cell's
         // change commits with the reset (and takes the unknown external cell, a user of its old
         // frequency without relations, along); external cells then wait for the restart.

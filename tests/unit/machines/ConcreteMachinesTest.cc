@@ -14,7 +14,7 @@ using VESK::Framework::Event;
 using VESK::Framework::EventWithMessage;
 using vesk::machinetest::TrackedMessage;
 
-TEST(ConcreteBrMTest, AnswerInStReadyIsReleasedWithTheNotAvailableLine) {
+TEST(ConcreteBrMTest, AnswerWithoutItsMessageInStReadyIsReleasedWithAnErrorLine) {
     VeskBrM machine;
     machine.currentState = VeskBrM::stReady;
     vesk::log::LogCapture log;
@@ -23,14 +23,12 @@ TEST(ConcreteBrMTest, AnswerInStReadyIsReleasedWithTheNotAvailableLine) {
     EXPECT_EQ(machine.processEvent(answer), 1);
     EXPECT_EQ(deletions, 1);
     EXPECT_EQ(machine.currentState, VeskBrM::stReady);
-    EXPECT_EQ(
-        log.count("VeskBrM::processEvent_evBrMOperationResp - not available yet", VESK_LOG_ERROR),
-        1u);
+    EXPECT_EQ(log.count("VeskBrM: evBrMOperationResp without its message", VESK_LOG_ERROR), 1u);
     // The stay enters stReady again.
     EXPECT_EQ(log.count("VeskBrM: Entering stReady", VESK_LOG_INFO), 1u);
 }
 
-TEST(ConcreteSwMTest, BothAnswersInStReadyAreReleasedWithTheirNotAvailableLines) {
+TEST(ConcreteSwMTest, BothAnswersInStReadyAreReleased) {
     VeskSwM machine;
     machine.initializeStateMachine();
     Event startToOperate(1001);
@@ -42,12 +40,7 @@ TEST(ConcreteSwMTest, BothAnswersInStReadyAreReleasedWithTheirNotAvailableLines)
     EXPECT_EQ(machine.processEvent(created), 1);
     EXPECT_EQ(machine.processEvent(updated), 1);
     EXPECT_EQ(deletions, 2);
-    EXPECT_EQ(
-        log.count("VeskSwM::processEvent_evInitialiseSWResp - not available yet", VESK_LOG_ERROR),
-        1u);
-    EXPECT_EQ(
-        log.count("VeskSwM::processEvent_evSwOssUpdateResp - not available yet", VESK_LOG_ERROR),
-        1u);
+    EXPECT_EQ(log.count("VeskSwM: Processing event evSwOssUpdateResp", VESK_LOG_INFO), 1u);
     EXPECT_EQ(log.countContaining("VeskSwM: Entering stReady"), 2u);
     EXPECT_EQ(log.countContaining("VeskSwM: Leaving"), 0u);
 }
