@@ -5,6 +5,8 @@
 #include <cstring>
 #include <memory>
 
+#include "station/database/AttributeCodec.h"
+
 namespace vesk {
 namespace host {
 namespace peers {
@@ -60,13 +62,16 @@ std::string encodeObjects(const std::vector<db::ObjectPtr>& objects) {
                               int64_t(object->flagB), int64_t(object->operationalState),
                               int64_t(object->adminState), int64_t(object->classInstance)})
             putNumber(&out, static_cast<uint64_t>(field), 8);
-        putText(&out, db::encodeAttributes(*object));
+        // Each object carries its own layout: an archive is read whole, never from the store.
+        putText(&out, db::Layouts::bodyOf(*object));
+        putText(&out, db::encodeAttributes(*object, 1));
     }
     return out;
 }
 
 bool decodeObject(Reader& in, db::StoredObject* object) {
     uint64_t fields[6];
+    std::string layout;
     std::string attributes;
     if (!in.text(&object->fullDn))
         return false;
@@ -80,8 +85,10 @@ bool decodeObject(Reader& in, db::StoredObject* object) {
     object->operationalState = static_cast<int>(fields[3]);
     object->adminState = static_cast<int>(fields[4]);
     object->classInstance = static_cast<int>(fields[5]);
-    return in.text(&attributes) &&
-           db::decodeAttributes(attributes.data(), attributes.size(), object);
+    db::Layouts layouts;
+    return in.text(&layout) && in.text(&attributes) &&
+           layouts.load(1, layout.data(), layout.size()) &&
+           db::decodeAttributes(attributes.data(), attributes.size(), layouts, object);
 }
 
 std::string zipError(zip_t* archive) {

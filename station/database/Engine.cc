@@ -152,9 +152,6 @@ bool Engine::replace(std::vector<StoredObject> objects,
             *error = "object '" + object.fullDn + "' is there twice";
             return false;
         }
-        object.key = keyOf(object.fullDn);
-        object.className = classOfKey(object.key);
-        object.parentDn = parentOf(object.fullDn);
         object.seq = seq++;
         puts.push_back(std::make_shared<const StoredObject>(std::move(object)));
         fresh.put(puts.back());
