@@ -34,10 +34,10 @@ class VeskPMOI {
     // Registers the PmJob, MeasurementReader and EventJob paths with VeskOI, in that order.
     void initialize();
     // A creation of `className` under `parentDn`; `fdn` is the new MO's dn. A PmJob within the
-    // job limit and with a supported period passes. A MeasurementReader whose specification names
-    // an MO that is not in the database is accepted but not made, and its job is noted as an
-    // invalid commit while the transaction holds no reader under it. An accepted EventJob is
-    // noted for the commit repair.
+    // job limit and with a supported period passes. A MeasurementReader whose
+    // measurementSpecification names an MO that is not in the database is accepted but not made,
+    // and its job is noted as an invalid commit while the transaction holds no reader under it. An
+    // accepted EventJob is noted for the commit repair.
     OrlReturnT validatePMMoCreation(unsigned long txHandle, const char* parentDn,
                                     const char* className,
                                     OrlMoNamedAttributeValueContainer_3** attributes,

@@ -41,7 +41,8 @@ std::string expand(std::string text) {
     return text;
 }
 
-// A creation of a measurement reader under PM job `job` whose specification names `type`.
+// A creation of a measurement reader under PM job `job` whose measurementSpecification names
+// `type`.
 std::string reader(const std::string& job, const std::string& type) {
     return "create $P,PmJob=" + job +
            " MeasurementReader=1 \"measurementSpecification={measurementTypeRef=\\\"$G," +
