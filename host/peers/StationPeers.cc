@@ -2,8 +2,8 @@
 #include <memory>
 
 #include "host/peers/AutoIntegrationLog.h"
-#include "host/peers/ConfigurationManager.h"
 #include "host/peers/BasebandOam.h"
+#include "host/peers/ConfigurationManager.h"
 #include "host/peers/FaultManager.h"
 #include "host/peers/Peers.h"
 #include "host/peers/ResetComponent.h"
