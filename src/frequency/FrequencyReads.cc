@@ -4,6 +4,7 @@
 
 #include "platform/IDatabase.h"
 #include "platform/Logger.h"
+#include "transaction/Band46Channels.h"
 
 namespace TibVeskCM {
 namespace frequency {
@@ -91,10 +92,8 @@ std::string fullDn(const DBObject& object) {
 }
 
 bool holdsHighChannel(const std::string& text) {
-    static const char* const kHigh[] = {"255244", "255444", "255644", "255844", "256044",
-                                        "261094", "261294", "261494", "261694", "261894"};
-    for (const char* channel : kHigh) {
-        if (text.find(channel) != std::string::npos) {
+    for (const Band46Channel& row : kBand46Channels) {
+        if (text.find(std::to_string(row.high)) != std::string::npos) {
             return true;
         }
     }

@@ -11,6 +11,7 @@
 #include "platform/Logger.h"
 #include "platform/Messaging.h"
 #include "platform/Toolbox.h"
+#include "transaction/Band46Channels.h"
 
 using TibVeskCM::frequency::lastId;
 using TibVeskCM::frequency::readInt;
@@ -25,11 +26,6 @@ const char* const kFddCell = ",EUtranCellFDD=";
 const char* const kTddCell = ",EUtranCellTDD=";
 const char* const kFrequencyLimitText = "Maximum number of EUtranFrequency MOs in use";
 const char* const kRelationLimitText = "Maximum number of EUtranFreqRelation MOs in use";
-
-// The 5 GHz channels in the high numbering and the low numbering the station takes.
-const int kBand46[][2] = {{255244, 46890}, {255444, 47090}, {255644, 47290}, {255844, 47490},
-                          {256044, 47690}, {261094, 52740}, {261294, 52940}, {261494, 53140},
-                          {261694, 53340}, {261894, 53540}};
 
 bool contains(const std::string& text, const char* part) {
     return text.find(part) != std::string::npos;
@@ -58,12 +54,8 @@ VeskCMChangeFrequency::VeskCMChangeFrequency()
 VeskCMChangeFrequency::~VeskCMChangeFrequency() = default;
 
 int VeskCMChangeFrequency::convertBand46(int earfcn) {
-    for (const auto& pair : kBand46) {
-        if (pair[0] == earfcn) {
-            return pair[1];
-        }
-    }
-    return earfcn;
+    const Band46Channel* row = band46ByHigh(earfcn);
+    return row != nullptr ? row->low : earfcn;
 }
 
 bool VeskCMChangeFrequency::isAllowedChannel(const std::string& dn, int earfcn) const {
@@ -73,8 +65,7 @@ bool VeskCMChangeFrequency::isAllowedChannel(const std::string& dn, int earfcn) 
     if (!contains(dn, kTddCell)) {
         return false;
     }
-    return std::any_of(std::begin(kBand46), std::end(kBand46),
-                       [earfcn](const int(&pair)[2]) { return pair[1] == earfcn; });
+    return band46ByLow(earfcn) != nullptr;
 }
 
 int VeskCMChangeFrequency::changeLTECellFrequency(unsigned long orlTxHandle, int dbTxHandle,

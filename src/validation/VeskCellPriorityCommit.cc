@@ -4,6 +4,7 @@
 #include "platform/Logger.h"
 #include "platform/OperationMode.h"
 #include "platform/Toolbox.h"
+#include "transaction/Band46Channels.h"
 #include "validation/VeskCellPriority.h"
 #include "validation/VeskRuleValues.h"
 
@@ -12,18 +13,10 @@ namespace {
 
 const int kModeKind = 2;
 
-// The 5 GHz channels that have a second, high number, and their low number.
-const int kHighChannels[][2] = {{255244, 46890}, {255444, 47090}, {255644, 47290}, {255844, 47490},
-                                {256044, 47690}, {261094, 52740}, {261294, 52940}, {261494, 53140},
-                                {261694, 53340}, {261894, 53540}};
-
+// The low number of a 5 GHz channel given in its high numbering; any other channel as it is.
 int lowChannel(int channel) {
-    for (const auto& pair : kHighChannels) {
-        if (pair[0] == channel) {
-            return pair[1];
-        }
-    }
-    return channel;
+    const TibVeskCM::Band46Channel* row = TibVeskCM::band46ByHigh(channel);
+    return row != nullptr ? row->low : channel;
 }
 
 const char* modeName(int mode) {
