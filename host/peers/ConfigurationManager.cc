@@ -175,8 +175,11 @@ Json ConfigurationManager::show() const {
 }
 
 bool ConfigurationManager::waitedOn() const {
+    // An answer due at once (accept, refuse) is no wait: the commit ends by itself.
+    const Clock::time_point soon = Clock::now() + std::chrono::milliseconds(50);
     std::lock_guard<std::mutex> lock(_lock);
-    return !_pending.empty();
+    return std::any_of(_pending.begin(), _pending.end(),
+                       [soon](const Pending& p) { return !p.timed || p.due > soon; });
 }
 
 void ConfigurationManager::run() {
