@@ -127,6 +127,10 @@ class Station:
         self.proc.terminate()
         code = self.proc.wait(timeout=30)
         self.proc.stdin.close()
+        if code != 0:
+            self.log.seek(0)
+            sys.stderr.write("host exit status %d; its last lines:\n%s\n" %
+                             (code, "".join(self.log.readlines()[-40:])))
         shutil.rmtree(self.dir)
         return code
 
