@@ -27,17 +27,24 @@ std::unique_ptr<Engine> Engine::open(const std::string& path, bool mayCreate, st
     std::unique_ptr<Engine> engine(new Engine());
     if (!engine->_store.open(path, mayCreate, error))
         return nullptr;
-    CommittedState& state = engine->_state;
+    // Every row is read and checked first, so that the indexes are sized once.
+    std::vector<ObjectPtr> objects;
     bool ok = engine->_store.loadAll(
-        [&state](StoredObject&& object) {
-            if (state.find(object.fullDn) != nullptr)
-                return false;
-            state.put(std::make_shared<const StoredObject>(std::move(object)));
+        [&objects](StoredObject&& object) {
+            objects.push_back(std::make_shared<const StoredObject>(std::move(object)));
             return true;
         },
         error);
     if (!ok)
         return nullptr;
+    CommittedState& state = engine->_state;
+    state.reserve(objects.size());
+    for (const ObjectPtr& object : objects) {
+        if (!state.add(object)) {
+            *error = path + ": object '" + object->fullDn + "': stored twice";
+            return nullptr;
+        }
+    }
     VESK_INFO("IDatabase: opened %s with %zu objects", path.c_str(), state.size());
     return engine;
 }
