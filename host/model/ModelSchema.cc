@@ -72,8 +72,11 @@ bool ModelSchema::load(const std::string& directory, const std::string& module,
         *error = directory + "/" + module + ".yang: cannot open the file";
         return false;
     }
+    // The station's context checks values and feeds the tables; the modules that describe a
+    // server's datastores are the NETCONF server's own, so they are not loaded here (quicker).
     ly_ctx* context = nullptr;
-    if (ly_ctx_new(directory.c_str(), LY_CTX_SET_PRIV_PARSED | LY_CTX_DISABLE_SEARCHDIR_CWD,
+    if (ly_ctx_new(directory.c_str(),
+                   LY_CTX_SET_PRIV_PARSED | LY_CTX_DISABLE_SEARCHDIR_CWD | LY_CTX_NO_YANGLIBRARY,
                    &context) != LY_SUCCESS) {
         *error = directory + ": cannot create the model context";
         return false;

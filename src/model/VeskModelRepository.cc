@@ -26,6 +26,7 @@ void VeskModelRepository::initialize(OrlOamSpiModelRepository_2* repository2,
     VESK_INFO("VeskModelRepository::initialize()");
     _repository2 = repository2;
     _repository3 = repository3;
+    _types.clear();
     VeskOrlHelper::setAttributeTypeLookup(&lookupAttributeType);
 }
 
@@ -54,12 +55,34 @@ OrlReturnT VeskModelRepository::resolveType(OrlOamSpiTypeContainerHandleT typeCo
     return result;
 }
 
+// A walk that succeeded is remembered; one that failed is walked again next time, with its error
+// lines.
 OrlReturnT VeskModelRepository::getAttributeType(const std::string& dn, const std::string& attrName,
                                                  int* type) {
     OrlOamSpiMocHandleT moc = 0;
-    OrlReturnT result = getMOCHandleByDn(dn.c_str(), &moc);
-    if (result != 0)
-        return result;
+    if (!_types.lastMoc(dn, &moc)) {
+        OrlReturnT result = getMOCHandleByDn(dn.c_str(), &moc);
+        if (result != 0)
+            return result;
+        _types.rememberMoc(dn, moc);
+    }
+    bool typed = false;
+    int known = 0;
+    if (_types.find(moc, attrName, &typed, &known)) {
+        if (typed)
+            *type = known;
+        return 0;
+    }
+    OrlReturnT result = walkAttributeType(moc, attrName, type, &typed);
+    if (result == 0)
+        _types.remember(moc, attrName, typed, *type);
+    return result;
+}
+
+OrlReturnT VeskModelRepository::walkAttributeType(OrlOamSpiMocHandleT moc,
+                                                  const std::string& attrName, int* type,
+                                                  bool* typed) {
+    *typed = false;
     OrlOamSpiAttributeHandleT attribute = 0;
     if (_repository2->getMocFirstAttribute(moc, &attribute) != 0) {
         VESK_ERROR("VeskModelRepository: failed to get attribute handle ");
@@ -67,7 +90,7 @@ OrlReturnT VeskModelRepository::getAttributeType(const std::string& dn, const st
     }
     // The walk runs to the end of the list, also after a match.
     do {
-        std::string name;
+        const char* name = nullptr;
         if (attributeName(attribute, &name) != 0)
             return -1;
         if (attrName != name)
@@ -78,24 +101,33 @@ OrlReturnT VeskModelRepository::getAttributeType(const std::string& dn, const st
             return -1;
         }
         OrlOamSpiMrType_3 modelType = 0;
-        if (resolveType(typeContainer, &modelType) == 0)
+        if (resolveType(typeContainer, &modelType) == 0) {
             *type = modelType;
+            *typed = true;
+        }
     } while (_repository2->getNextAttribute(attribute, &attribute) == 0);
     return 0;
 }
 
 OrlReturnT VeskModelRepository::attributeName(OrlOamSpiAttributeHandleT attribute,
-                                              std::string* name) {
+                                              const char** name) {
     OrlOamSpiGeneralPropertiesHandleT properties = 0;
-    const char* text = nullptr;
     if (_repository2->getAttributeGeneralProperties(attribute, &properties) != 0) {
         VESK_ERROR("VeskModelRepository: failed to get attribute general properties");
         return -1;
     }
-    if (_repository2->getName(properties, &text) != 0 || text == nullptr) {
+    if (_repository2->getName(properties, name) != 0 || *name == nullptr) {
         VESK_ERROR("VeskModelRepository: failed to get attribute name");
         return -1;
     }
+    return 0;
+}
+
+OrlReturnT VeskModelRepository::attributeName(OrlOamSpiAttributeHandleT attribute,
+                                              std::string* name) {
+    const char* text = nullptr;
+    if (attributeName(attribute, &text) != 0)
+        return -1;
     *name = text;
     return 0;
 }
@@ -108,7 +140,7 @@ OrlReturnT VeskModelRepository::findAttributeHandle(OrlOamSpiMocHandleT moc,
         return -1;
     }
     do {
-        std::string name;
+        const char* name = nullptr;
         if (attributeName(*attribute, &name) != 0)
             return -1;
         if (attrName == name)

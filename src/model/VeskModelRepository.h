@@ -10,6 +10,7 @@
 #include <list>
 #include <string>
 
+#include "model/AttributeTypeCache.h"
 #include "platform/DBObject.h"
 #include "platform/orl/OrlModelRepository.h"
 
@@ -123,8 +124,13 @@ class VeskModelRepository {
     static const ShapeErrors kMemberErrors;
     static const ShapeErrors kRestoreErrors;
 
-    // The attribute's name, with the walk's error lines.
+    // The attribute's name, with the walk's error lines; the text is the host's.
+    OrlReturnT attributeName(OrlOamSpiAttributeHandleT attribute, const char** name);
     OrlReturnT attributeName(OrlOamSpiAttributeHandleT attribute, std::string* name);
+    // getAttributeType's walk over the attributes of `moc`: every attribute named attrName sets
+    // *type (and *typed), the last one winning.
+    OrlReturnT walkAttributeType(OrlOamSpiMocHandleT moc, const std::string& attrName, int* type,
+                                 bool* typed);
     // Type (a derived type resolved), defaults and multiplicity of a type container.
     OrlReturnT readShape(OrlOamSpiTypeContainerHandleT typeContainer, const ShapeErrors& errors,
                          ValueShape* shape);
@@ -155,6 +161,7 @@ class VeskModelRepository {
 
     OrlOamSpiModelRepository_2* _repository2 = nullptr;
     OrlOamSpiModelRepository_3* _repository3 = nullptr;
+    AttributeTypeCache _types;  // answers of getAttributeType, for the records above
     std::string _keyValue = "0";
     int _dbTxHandle = 0;
 };

@@ -219,9 +219,13 @@ std::unique_ptr<Layout> Layouts::parse(const char* body, size_t size) {
     auto layout = std::make_unique<Layout>();
     layout->regularCount = regular;
     layout->entries.resize(regular + alternate);
-    for (LayoutEntry& entry : layout->entries) {
-        if (!readEntry(in, &entry))
+    layout->ordered = true;
+    for (size_t i = 0; i < layout->entries.size(); ++i) {
+        if (!readEntry(in, &layout->entries[i]))
             return nullptr;
+        bool first = i == 0 || i == layout->regularCount;
+        if (!first && !(layout->entries[i - 1].attribute.name < layout->entries[i].attribute.name))
+            layout->ordered = false;
     }
     return in.atEnd() ? std::move(layout) : nullptr;
 }
@@ -305,7 +309,12 @@ bool decodeAttributes(const char* data, size_t size, const Layouts& layouts, Sto
         StoredAttribute a = entry.attribute;
         if (!readValue(in, entry.which, &a.value))
             return false;
-        (i < layout->regularCount ? object->attributes : object->alternates).putLast(std::move(a));
+        AttributeSet& set = i < layout->regularCount ? object->attributes : object->alternates;
+        if (layout->ordered) {
+            set.append(std::move(a));
+        } else {
+            set.putLast(std::move(a));
+        }
     }
     return in.atEnd();
 }

@@ -27,6 +27,7 @@ struct LayoutEntry {
 struct Layout {
     std::vector<LayoutEntry> entries;  // the regular map, then the alternate map
     size_t regularCount = 0;
+    bool ordered = false;  // each map's names ascend, none twice (as the store writes them)
 };
 
 // The layouts of one store by id, and the new ones of a write that is not yet committed. Not

@@ -9,7 +9,19 @@ namespace db {
 
 namespace {
 
-const char* kReservedBy = "reservedBy";
+// `text` in a buffer of the calling thread (valid until its next call): a lookup by std::string
+// without an allocation per call.
+const std::string& scratch(std::string_view text) {
+    thread_local std::string buffer;
+    buffer.assign(text.data(), text.size());
+    return buffer;
+}
+
+// Adds `object` at `seq`; seqs mostly arrive in ascending order, so the end is tried first.
+void addInOrder(CommittedState::InOrder& objects, uint64_t seq, const StoredObject* object) {
+    auto it = objects.emplace_hint(objects.end(), seq, object);
+    it->second = object;
+}
 
 void splitInto(const std::string& text, std::vector<std::string>* out) {
     size_t begin = 0;
@@ -43,9 +55,11 @@ void eraseFrom(Map& map, const Key& key, Erase erase) {
 }  // namespace
 
 std::vector<std::string> referencesOf(const StoredObject& object) {
+    static const AttributeName reservedBy("reservedBy");
     std::vector<std::string> out;
     for (const StoredAttribute& a : object.attributes.items()) {
-        if (a.name == kReservedBy || a.value.which() != AV_STRING)
+        bool reference = a.type == IPCData::AVT_REFERENCE || a.type == IPCData::AVT_REFERENCE_LIST;
+        if (!reference || a.name == reservedBy || a.value.which() != AV_STRING)
             continue;
         if (a.type == IPCData::AVT_REFERENCE) {
             const std::string& dn = boost::get<std::string>(a.value);
@@ -88,10 +102,10 @@ const std::set<std::string>* CommittedState::referrersOf(const std::string& targ
     return findIn(_referrers, target);
 }
 
-std::string CommittedState::parentClassKey(std::string_view parentDn, std::string_view className) {
-    std::string key;
-    key.reserve(parentDn.size() + 1 + className.size());
-    key.append(parentDn).append(1, '\n').append(className);
+const std::string& CommittedState::parentClassKey(std::string_view parentDn,
+                                                  std::string_view className) {
+    thread_local std::string key;
+    key.assign(parentDn.data(), parentDn.size()).append(1, '\n').append(className);
     return key;
 }
 
@@ -114,6 +128,20 @@ void CommittedState::put(ObjectPtr object) {
     index(held);
 }
 
+bool CommittedState::add(const ObjectPtr& object) {
+    const StoredObject& held = *object;
+    if (!_byDn.emplace(held.fullDn, object).second)
+        return false;
+    _lastSeq = std::max(_lastSeq, held.seq);
+    index(held);
+    return true;
+}
+
+void CommittedState::reserve(size_t objects) {
+    _byDn.reserve(objects);
+    _byKey.reserve(objects);
+}
+
 void CommittedState::remove(const std::string& fullDn) {
     auto it = _byDn.find(fullDn);
     if (it == _byDn.end())
@@ -124,9 +152,10 @@ void CommittedState::remove(const std::string& fullDn) {
 
 void CommittedState::index(const StoredObject& object) {
     _byKey.emplace(object.key(), &object);
-    _byClass[std::string(object.className())][object.seq] = &object;
-    _byParentClass[parentClassKey(object.parentDn(), object.className())][object.seq] = &object;
-    _children[std::string(object.parentDn())].insert(object.fullDn);
+    addInOrder(_byClass[scratch(object.className())], object.seq, &object);
+    addInOrder(_byParentClass[parentClassKey(object.parentDn(), object.className())], object.seq,
+               &object);
+    _children[scratch(object.parentDn())].insert(object.fullDn);
     std::vector<std::string> targets;
     for (const std::string& text : referencesOf(object)) {
         targets.push_back(resolveReference(text));
@@ -145,9 +174,9 @@ void CommittedState::unindex(const StoredObject& object) {
         }
     }
     auto bySeq = [&object](InOrder& objects) { objects.erase(object.seq); };
-    eraseFrom(_byClass, std::string(object.className()), bySeq);
+    eraseFrom(_byClass, scratch(object.className()), bySeq);
     eraseFrom(_byParentClass, parentClassKey(object.parentDn(), object.className()), bySeq);
-    eraseFrom(_children, std::string(object.parentDn()),
+    eraseFrom(_children, scratch(object.parentDn()),
               [&object](std::set<std::string_view>& dns) { dns.erase(object.fullDn); });
     auto targets = _targetsOf.find(object.fullDn);
     if (targets == _targetsOf.end())

@@ -42,7 +42,12 @@ class CommittedState {
 
     // Adds or replaces `object` (whose seq is set), or removes the object of `fullDn`.
     void put(ObjectPtr object);
+    // Adds `object` (whose seq is set) unless its dn is held already: false then, nothing
+    // changed.
+    bool add(const ObjectPtr& object);
     void remove(const std::string& fullDn);
+    // Room for `objects` objects in the indexes by dn and by key.
+    void reserve(size_t objects);
 
     uint64_t nextSeq() const { return _lastSeq + 1; }
     // Calls `visit` with every object, in no particular order.
@@ -61,7 +66,8 @@ class CommittedState {
   private:
     void unindex(const StoredObject& object);
     void index(const StoredObject& object);
-    static std::string parentClassKey(std::string_view parentDn, std::string_view className);
+    // The key of _byParentClass, in a buffer of the calling thread (valid until its next call).
+    static const std::string& parentClassKey(std::string_view parentDn, std::string_view className);
 
     std::unordered_map<std::string_view, ObjectPtr> _byDn;
     std::unordered_multimap<std::string_view, const StoredObject*> _byKey;

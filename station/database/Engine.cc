@@ -7,6 +7,7 @@
 #include "station/database/ChangeFeed.h"
 #include "station/database/CommitPlan.h"
 #include "station/database/DnName.h"
+#include "station/database/StateLoader.h"
 
 namespace vesk {
 namespace db {
@@ -27,18 +28,9 @@ std::unique_ptr<Engine> Engine::open(const std::string& path, bool mayCreate, st
     std::unique_ptr<Engine> engine(new Engine());
     if (!engine->_store.open(path, mayCreate, error))
         return nullptr;
-    CommittedState& state = engine->_state;
-    bool ok = engine->_store.loadAll(
-        [&state](StoredObject&& object) {
-            if (state.find(object.fullDn) != nullptr)
-                return false;
-            state.put(std::make_shared<const StoredObject>(std::move(object)));
-            return true;
-        },
-        error);
-    if (!ok)
+    if (!loadState(engine->_store, path, &engine->_state, error))
         return nullptr;
-    VESK_INFO("IDatabase: opened %s with %zu objects", path.c_str(), state.size());
+    VESK_INFO("IDatabase: opened %s with %zu objects", path.c_str(), engine->_state.size());
     return engine;
 }
 

@@ -6,6 +6,7 @@
 #include <unistd.h>
 #include <zlib.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
@@ -288,6 +289,27 @@ bool SqliteStore::convert(int from, std::string* error) {
 
 bool SqliteStore::loadAll(const std::function<bool(StoredObject&&)>& sink, std::string* error) {
     return loadLayouts(error) && readObjects(3, sink, error);
+}
+
+size_t SqliteStore::objectsAtMost() {
+    // A row takes more than 32 bytes of its page (its header, seq, dn, fields and sum).
+    constexpr int64_t kRowsPerPageAtMost = 128;
+    sqlite3_stmt* statement = nullptr;
+    std::string ignored;
+    if (!prepare("SELECT (SELECT max(seq) FROM objects), page_count, page_size"
+                 " FROM pragma_page_count, pragma_page_size",
+                 &statement, &ignored)) {
+        return 0;
+    }
+    int64_t bound = 0;
+    if (sqlite3_step(statement) == SQLITE_ROW) {
+        int64_t pages = sqlite3_column_int64(statement, 1);
+        int64_t rowsPerPage =
+            std::min<int64_t>(kRowsPerPageAtMost, sqlite3_column_int64(statement, 2) / 32);
+        bound = std::min<int64_t>(sqlite3_column_int64(statement, 0), pages * rowsPerPage);
+    }
+    sqlite3_finalize(statement);
+    return bound > 0 ? static_cast<size_t>(bound) : 0;
 }
 
 // Every layout is checked and decoded before any row that names it.

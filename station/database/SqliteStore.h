@@ -39,6 +39,9 @@ class SqliteStore {
     // as it was, for a dn it already has. False, with the object's dn and the reason in
     // `error`, at the first row that fails.
     bool loadAll(const std::function<bool(StoredObject&&)>& sink, std::string* error);
+    // About the number of stored objects, for sizing before loadAll(), found without reading the
+    // rows: the highest seq, bounded by what the file's pages can hold. 0 if unknown.
+    size_t objectsAtMost();
 
     // Writes `puts` and removes the rows of `removes` (by seq) in one transaction, synced before
     // it returns: all or nothing. After a failure the log records it left are overwritten, so that

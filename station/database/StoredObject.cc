@@ -77,19 +77,21 @@ StoredAttribute storedFromAttribute(const Attribute& attribute) {
 
 namespace {
 
+// The constructor takes name and value by value and copies them again: an empty name and value
+// are given and the stored ones copied in once.
 Attribute* toAttribute(const StoredAttribute& stored) {
-    Attribute* attribute = new Attribute(stored.hidden, stored.name.str(), stored.value,
+    Attribute* attribute = new Attribute(stored.hidden, std::string(), AttributeVariant(),
                                          stored.attributeId, true, stored.type, false, false);
+    attribute->name = stored.name.str();
+    attribute->value = stored.value;
     attribute->alternateSlot = stored.alternateSlot;
     return attribute;
 }
 
+// The names of `set` ascend, so each goes in at the end of `out`.
 void copyInto(const AttributeSet& set, std::map<std::string, Attribute*>& out) {
-    auto hint = out.end();
-    for (const StoredAttribute& stored : set.items()) {
-        hint = out.emplace_hint(hint, stored.name.str(), toAttribute(stored));
-        ++hint;
-    }
+    for (const StoredAttribute& stored : set.items())
+        out.emplace_hint(out.end(), stored.name.str(), toAttribute(stored));
 }
 
 }  // namespace

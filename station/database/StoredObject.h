@@ -35,6 +35,8 @@ class AttributeSet {
     void put(StoredAttribute attribute);
     // Appends when `attribute` sorts after every held one (as a decoder delivers them).
     void putLast(StoredAttribute attribute);
+    // Appends `attribute`, which the caller knows to sort after every held one.
+    void append(StoredAttribute&& attribute) { _items.push_back(std::move(attribute)); }
     void reserve(size_t n) { _items.reserve(n); }
     // False if there was none.
     bool erase(const std::string& name);

@@ -42,6 +42,22 @@ TEST_F(StationModelQueryTest, AttributeTypesResolveDerivedTypesAndKeepPresetForU
                             "ManagedElement=1,NoSuchClass=1 handle ",
                             2),
               1u);
+    // Asked again: the same answers, from memory (no derived type is resolved again).
+    const size_t resolved = capture.countContaining("Fetching derived data type", 32);
+    for (auto asked : {std::make_pair("dlChannelBandwidth", 3), std::make_pair("reservedBy", 11),
+                       std::make_pair("noSuchAttribute", -2)}) {
+        type = -2;
+        EXPECT_EQ(_repo->getAttributeType(kCell, asked.first, &type), 0);
+        EXPECT_EQ(type, asked.second) << asked.first;
+    }
+    EXPECT_EQ(capture.countContaining("Fetching derived data type", 32), resolved);
+    // New records: nothing remembered of the old ones.
+    OrlOamSpiModelRepository_2 failing = *_model.host().record2();
+    failing.getAttributeTypeContainer =
+        [](OrlOamSpiAttributeHandleT, OrlOamSpiTypeContainerHandleT*) { return OrlReturnT(-1); };
+    _repo->initialize(&failing, _model.host().record3());
+    EXPECT_EQ(_repo->getAttributeType(kCell, "dlChannelBandwidth", &type), -1);
+    _repo->initialize(_model.host().record2(), _model.host().record3());
 }
 
 TEST_F(StationModelQueryTest, InitializeInstallsTheHelpersTypeLookup) {

@@ -11,6 +11,7 @@
 
 #include "station/database/Database.h"
 #include "station/database/FaultDisk.h"
+#include "station/database/SqliteStore.h"
 #include "station/log/LogControl.h"
 #include "unit/database/DatabaseTestSupport.h"
 
@@ -147,6 +148,42 @@ TEST_F(DatabaseStoreTest, ReopenKeepsCommittedWritesOrderAndDeletesButNotOpenTra
     put("Cell=1", "");
     EXPECT_EQ((std::list<std::string>{"9", "2", "1"}),
               IDatabase::getMOClassWithParent("", "Cell", 0));
+    // More objects than the open hands over at once.
+    std::list<std::string> ports;
+    h = IDatabase::transaction(IPCData::OP_TX_OPEN, 0, false);
+    for (int i = 700; i > 0; --i) {
+        ports.push_back(std::to_string(i));
+        ASSERT_NE(0, IDatabase::insert(object("Port=" + ports.back(), "Cell=2").get(), h));
+    }
+    ASSERT_NE(0, IDatabase::transaction(IPCData::OP_TX_COMMIT, h, false));
+    reopen();
+    EXPECT_EQ(ports, IDatabase::getMOClassWithParent("Cell=2", "Port", 0));
+}
+
+// Gives every row of the store file the checksum of what it holds now.
+void resum(const std::string& file) {
+    sqlite3* raw = nullptr;
+    ASSERT_EQ(SQLITE_OK, sqlite3_open(file.c_str(), &raw));
+    sqlite3_stmt* rows = nullptr;
+    ASSERT_EQ(SQLITE_OK, sqlite3_prepare_v2(raw,
+                                            "SELECT seq, instance, visible, flag_b, op_state,"
+                                            " admin_state, class_instance, dn, attrs FROM objects",
+                                            -1, &rows, nullptr));
+    std::string sql;
+    while (sqlite3_step(rows) == SQLITE_ROW) {
+        int64_t fields[6];
+        for (int i = 0; i < 6; ++i)
+            fields[i] = sqlite3_column_int64(rows, 1 + i);
+        uint32_t sum = db::rowChecksum(sqlite3_column_int64(rows, 0), fields,
+                                       reinterpret_cast<const char*>(sqlite3_column_text(rows, 7)),
+                                       sqlite3_column_bytes(rows, 7), sqlite3_column_blob(rows, 8),
+                                       sqlite3_column_bytes(rows, 8));
+        sql += "UPDATE objects SET sum = " + std::to_string(static_cast<int32_t>(sum)) +
+               " WHERE seq = " + std::to_string(sqlite3_column_int64(rows, 0)) + ";";
+    }
+    sqlite3_finalize(rows);
+    EXPECT_EQ(SQLITE_OK, sqlite3_exec(raw, sql.c_str(), nullptr, nullptr, nullptr));
+    sqlite3_close(raw);
 }
 
 // Runs `sql` on the store file with SQLite alone, outside the station.
@@ -200,6 +237,12 @@ TEST_F(DatabaseStoreTest, DamagedForeignEmptyOrMissingStoresAreRefusedAndLeftAsT
                   " WHERE dn = 'Cell=1'");
          },
          ": object 'Cell=1': checksum mismatch"},
+        {"a dn stored twice",
+         [&] {
+             edit(file, "UPDATE objects SET dn = 'OAM' WHERE dn = 'Cell=1'");
+             resum(file);
+         },
+         ": object 'OAM': stored twice"},
         {"format", [&] { edit(file, "UPDATE vesk_meta SET value = '9' WHERE name = 'format'"); },
          ": unknown store format '9'"},
         {"an older format, damaged",
