@@ -281,8 +281,9 @@ int VeskCMChangeFrequency::createUtranFreqRelation(std::string cell, int channel
 
 int VeskCMChangeFrequency::createExternalUtranCellFDD(std::string parent, std::string source,
                                                       std::string& created) {
-    std::unique_ptr<DBObject> existing(IDatabase::getObject(created, 1, _databaseTxHandle));
-    if (!created.empty() && existing != nullptr) {
+    // Nothing made yet for an earlier cell: no lookup of an empty dn (a warning).
+    if (!created.empty() &&
+        std::unique_ptr<DBObject>(IDatabase::getObject(created, 1, _databaseTxHandle)) != nullptr) {
         VESK_TRACE("MO %s already exists, do not create it.", created.c_str());
         return 0;
     }
