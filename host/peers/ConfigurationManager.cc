@@ -156,9 +156,10 @@ bool ConfigurationManager::answerByHand(const Words& words, Json* result, std::s
 }
 
 Json ConfigurationManager::show() const {
-    Json settings{{"behaviour", _default.mode}};
+    Json settings;
     {
         std::lock_guard<std::mutex> lock(_lock);
+        settings["behaviour"] = _default.mode;
         if (_default.delayMs > 0) {
             settings["delayMs"] = _default.delayMs;
         }

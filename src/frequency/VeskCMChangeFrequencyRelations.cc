@@ -32,6 +32,27 @@ void setAttribute(DBObject& object, const std::string& name, AttributeVariant va
     object.addAttribute(*new Attribute(false, name, value, 0, true, type, true, false));
 }
 
+// The first relation of class `relationClass` under `cell` (listed in `tx`) whose `refName`, read
+// from committed data, is `frequency`: true with its dn in `relation`. `caller` names the
+// function in the lines logged.
+bool findRelationTo(const char* caller, const std::string& cell, const char* relationClass,
+                    const char* refName, const std::string& frequency, int tx,
+                    std::string& relation) {
+    for (const std::string& id : IDatabase::getMOClassWithParent(cell, relationClass, tx)) {
+        std::string dn = cell + "," + relationClass + "=" + id;
+        std::string ref;
+        readText(dn, refName, ref, 0);
+        VESK_INFO("VeskCMChangeFrequency::%s %s referring to %s", caller, dn.c_str(), ref.c_str());
+        if (ref == frequency) {
+            VESK_INFO("VeskCMChangeFrequency::%s %s is using %s", caller, dn.c_str(),
+                      frequency.c_str());
+            relation = dn;
+            return true;
+        }
+    }
+    return false;
+}
+
 }  // namespace
 
 std::string VeskCMChangeFrequency::getId(std::string parent, std::string className,
@@ -50,39 +71,14 @@ std::string VeskCMChangeFrequency::getId(std::string parent, std::string classNa
 
 bool VeskCMChangeFrequency::checkEUtranFreqRelation(std::string cell, std::string frequency,
                                                     std::string& relation, int tx) const {
-    for (const std::string& id : IDatabase::getMOClassWithParent(cell, "EUtranFreqRelation", tx)) {
-        std::string dn = cell + ",EUtranFreqRelation=" + id;
-        std::string ref;
-        readText(dn, "eutranFrequencyRef", ref, 0);
-        VESK_INFO("VeskCMChangeFrequency::%s %s referring to %s", __func__, dn.c_str(),
-                  ref.c_str());
-        if (ref == frequency) {
-            VESK_INFO("VeskCMChangeFrequency::%s %s is using %s", __func__, dn.c_str(),
-                      frequency.c_str());
-            relation = dn;
-            return true;
-        }
-    }
-    return false;
+    return findRelationTo(__func__, cell, "EUtranFreqRelation", "eutranFrequencyRef", frequency, tx,
+                          relation);
 }
 
 bool VeskCMChangeFrequency::checkUtranFreqRelation(std::string cell, std::string frequency,
                                                    std::string& relation) const {
-    for (const std::string& id :
-         IDatabase::getMOClassWithParent(cell, "UtranFreqRelation", _databaseTxHandle)) {
-        std::string dn = cell + ",UtranFreqRelation=" + id;
-        std::string ref;
-        readText(dn, "utranFrequencyRef", ref, 0);
-        VESK_INFO("VeskCMChangeFrequency::%s %s referring to %s", __func__, dn.c_str(),
-                  ref.c_str());
-        if (ref == frequency) {
-            VESK_INFO("VeskCMChangeFrequency::%s %s is using %s", __func__, dn.c_str(),
-                      frequency.c_str());
-            relation = dn;
-            return true;
-        }
-    }
-    return false;
+    return findRelationTo(__func__, cell, "UtranFreqRelation", "utranFrequencyRef", frequency,
+                          _databaseTxHandle, relation);
 }
 
 void VeskCMChangeFrequency::createEutranFreqRelation(std::string cell, std::string sourceRelation,
@@ -285,8 +281,9 @@ int VeskCMChangeFrequency::createUtranFreqRelation(std::string cell, int channel
 
 int VeskCMChangeFrequency::createExternalUtranCellFDD(std::string parent, std::string source,
                                                       std::string& created) {
-    std::unique_ptr<DBObject> existing(IDatabase::getObject(created, 1, _databaseTxHandle));
-    if (!created.empty() && existing != nullptr) {
+    // Nothing made yet for an earlier cell: no lookup of an empty dn (a warning).
+    if (!created.empty() &&
+        std::unique_ptr<DBObject>(IDatabase::getObject(created, 1, _databaseTxHandle)) != nullptr) {
         VESK_TRACE("MO %s already exists, do not create it.", created.c_str());
         return 0;
     }

@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <map>
 #include <mutex>
+#include <shared_mutex>
 #include <utility>
 #include <vector>
 
@@ -32,6 +33,9 @@ struct Router {
     std::mutex mutex;  // held while enqueueing, so that unsubscribe waits for a delivery
     std::map<uint32_t, Route> routes;
     std::vector<void*> handles;
+    // Shared while a direct answer runs in the agent's code or writes its memory; taken whole
+    // before a handle goes, so that the library is not closed under such a call.
+    std::shared_mutex inAgent;
 };
 
 Router& router() {
@@ -90,12 +94,14 @@ void addAgentLibraryHandle(void* handle) {
 }
 
 void removeAgentLibraryHandle(void* handle) {
+    std::unique_lock<std::shared_mutex> calls(router().inAgent);
     std::lock_guard<std::mutex> lock(router().mutex);
     auto& h = router().handles;
     h.erase(std::remove(h.begin(), h.end(), handle), h.end());
 }
 
 bool deliverFrequencyValidationAnswer(bool valid) {
+    std::shared_lock<std::shared_mutex> call(router().inAgent);
     using Entry = void (*)(int);
     auto entry = reinterpret_cast<Entry>(findAgentSymbol("vesk_cm_frequencyValidationResponse"));
     if (entry == nullptr) {
@@ -107,6 +113,7 @@ bool deliverFrequencyValidationAnswer(bool valid) {
 }
 
 bool deliverBoamSetAttributeStatus(int status) {
+    std::shared_lock<std::shared_mutex> call(router().inAgent);
     auto mailbox = static_cast<int*>(findAgentSymbol("boamSetAttributeReponseStatus"));
     if (mailbox == nullptr) {
         VESK_ERROR("InboundRouter: the agent exports no boamSetAttributeReponseStatus");

@@ -43,7 +43,8 @@ bool deliverFrequencyValidationAnswer(bool valid);
 bool deliverBoamSetAttributeStatus(int status);
 
 // Handles (from dlopen) searched, before the global scope, for the agent's exported symbols.
-// The embedding program adds the agent's handle after loading it and removes it before closing.
+// The embedding program adds the agent's handle after loading it and removes it before closing;
+// the removal waits for a direct answer still running in the agent.
 void addAgentLibraryHandle(void* handle);
 void removeAgentLibraryHandle(void* handle);
 

@@ -6,6 +6,7 @@
 
 #include "e2e/HostFixture.h"
 #include "platform/IDatabase.h"
+#include "station/database/FaultDisk.h"
 
 namespace {
 
@@ -15,6 +16,8 @@ const std::string kNet = kEnb + ",EUtraNetwork=1";
 const std::string kFreq = kNet + ",EUtranFrequency=";
 const std::string kExt = kNet + ",ExternalENodeBFunction=1,ExternalEUtranCellFDD=";
 const std::string kFdd = kEnb + ",EUtranCellFDD=";
+const std::string kUtra = kEnb + ",UtraNetwork=1";
+const std::string kUtranCell = kUtra + ",UtranFrequency=1,ExternalUtranCellFDD=1";
 
 class FrequencyTest : public HostFixture {
   protected:
@@ -56,7 +59,8 @@ class FrequencyTest : public HostFixture {
 };
 
 // Each case on a fresh station: commands that set it up, the change, then reads of what is
-// there after the commit. Relations are listed by id, children of a relation after a "/".
+// there after the commit: the ids of the children of a class ("dn|class") and references (dn, or
+// "dn|attribute" for another than eutranFrequencyRef).
 TEST_F(FrequencyTest, TheRebuildMovesFrequenciesAndRelations) {
     struct Case {
         const char* name;
@@ -65,7 +69,7 @@ TEST_F(FrequencyTest, TheRebuildMovesFrequenciesAndRelations) {
         int channel;
         // dn (and class) -> ids after the commit
         std::vector<std::pair<std::string, std::string>> after;
-        // dn -> eutranFrequencyRef after the commit
+        // dn (and attribute) -> reference after the commit
         std::vector<std::pair<std::string, std::string>> refs;
     };
     const std::string c1 = kFdd + "1,EUtranFreqRelation=";
@@ -109,6 +113,18 @@ TEST_F(FrequencyTest, TheRebuildMovesFrequenciesAndRelations) {
           {kFdd + "3|EUtranFreqRelation", "1 2 _3100"},
           {c3 + "_3100|EUtranCellRelation", "1"}},
          {{kExt + "4", kFreq + "3"}, {c3 + "_3100", kFreq + "3"}}},
+        {"external UTRAN cell: copied under the new frequency with the relations to it; the old "
+         "cell, its frequency and the relation left empty go",
+         {},
+         kUtranCell,
+         10700,
+         {{kUtra + "|UtranFrequency", "10700"},
+          {kUtra + ",UtranFrequency=10700|ExternalUtranCellFDD", "1"},
+          {kFdd + "1|UtranFreqRelation", "10700"},
+          {kFdd + "1,UtranFreqRelation=10700|UtranCellRelation", "1"}},
+         {{kFdd + "1,UtranFreqRelation=10700|utranFrequencyRef", kUtra + ",UtranFrequency=10700"},
+          {kFdd + "1,UtranFreqRelation=10700,UtranCellRelation=1|externalUtranCellRef",
+           kUtra + ",UtranFrequency=10700,ExternalUtranCellFDD=1"}}},
     };
     for (const Case& c : cases) {
         SCOPED_TRACE(c.name);
@@ -128,8 +144,12 @@ TEST_F(FrequencyTest, TheRebuildMovesFrequenciesAndRelations) {
             size_t bar = a.first.find('|');
             EXPECT_EQ(ids(a.first.substr(0, bar), a.first.substr(bar + 1)), a.second) << a.first;
         }
-        for (const auto& r : c.refs)
-            EXPECT_EQ(ref(r.first), r.second) << r.first;
+        for (const auto& r : c.refs) {
+            size_t bar = r.first.find('|');
+            std::string name =
+                bar == std::string::npos ? "eutranFrequencyRef" : r.first.substr(bar + 1);
+            EXPECT_EQ(ref(r.first.substr(0, bar), name.c_str()), r.second) << r.first;
+        }
     }
 }
 
@@ -213,15 +233,56 @@ TEST_F(FrequencyTest, ARelationLimitRefusesTheWholeChange) {
     EXPECT_EQ(show("reset").size(), 0u);
 }
 
+// A delayed answer: the commit runs on while peer commands answer, and ends after the delay,
+// before the next other command runs. From then on external changes are refused until the agent
+// restarts.
 TEST_F(FrequencyTest, AfterACellChangeExternalCellsWaitForTheRestart) {
+    ok("peer cm delay 1000");
     ok("begin");
     ok("action " + kFdd + "3 changeFrequency earfcn=3100");
-    ok("commit");
+    const auto start = std::chrono::steady_clock::now();
+    ASSERT_EQ(answers("commit").size(), 1u);
+    Json pending = show("cm")["requests"][0];
+    EXPECT_EQ(pending["delayMs"], 1000);
+    EXPECT_FALSE(pending.contains("answered")) << pending.dump();
+    std::vector<Json> ended = answers("get " + kFdd + "3 earfcndl");
+    ASSERT_EQ(ended.size(), 2u);
+    EXPECT_EQ(ended[0]["ok"], true) << ended[0].dump();
+    EXPECT_EQ(ended[1]["result"]["earfcndl"], 3100);
+    EXPECT_GE(std::chrono::steady_clock::now() - start, std::chrono::milliseconds(1000));
     ok("begin");
     Json answer = run("action " + kExt + "3 changeFrequency earfcn=3100");
     EXPECT_EQ(answer["code"], "OrlFailure") << answer.dump();
     ok("abort");
     EXPECT_EQ(ref(kExt + "3"), kFreq + "2");
+}
+
+// An external UTRAN cell changes in a database transaction of its own: a commit the disk refuses
+// answers -7 and leaves the station as it was; one that commits stays when the host aborts.
+TEST_F(FrequencyTest, AnExternalUtranCellCommitsOnItsOwn) {
+    closeHost();
+    std::filesystem::remove_all(_dir);
+    std::filesystem::create_directory(_dir);
+    vesk::db::FaultDisk disk;  // the store opened from here on writes through it
+    struct CloseFirst {        // the store closes before its disk goes, also on an early return
+        std::function<void()> close;
+        ~CloseFirst() { close(); }
+    } closeFirst{[this] { closeHost(); }};
+    openHost();
+    ASSERT_NO_FATAL_FAILURE(startOnStation(VESK_AGENT_PATH));
+    openShell();
+    run("phase 4");
+    ok("begin");
+    disk.fillDisk();
+    Json full = run("action " + kUtranCell + " changeFrequency earfcn=10700");
+    disk.clear();
+    EXPECT_EQ(full["rc"], -7) << full.dump();
+    EXPECT_EQ(ids(kUtra, "UtranFrequency"), "1");
+    EXPECT_EQ(ids(kUtra + ",UtranFrequency=1", "ExternalUtranCellFDD"), "1");
+    EXPECT_EQ(ids(kFdd + "1", "UtranFreqRelation"), "1");
+    ok("action " + kUtranCell + " changeFrequency earfcn=10700");
+    ok("abort");
+    EXPECT_EQ(ids(kUtra, "UtranFrequency"), "10700");
 }
 
 // Channel rules on entry: (class, given) -> answer and the channel the transaction holds.
@@ -257,6 +318,12 @@ TEST_F(FrequencyTest, ChannelsAreCheckedAndTheHighNumberingConverted) {
     }
     Json missing = run("action " + kFdd + "9 changeFrequency earfcn=100");
     EXPECT_EQ(missing["ok"], false);
+    // Committed, the channel, its frequency and the relation to it are in the low numbering.
+    ok("begin");
+    ok("action " + kEnb + ",EUtranCellTDD=1 changeFrequency earfcn=255444");
+    ok("commit");
+    EXPECT_EQ(run("get " + kEnb + ",EUtranCellTDD=1 earfcn")["result"]["earfcn"], 47090);
+    EXPECT_EQ(ref(kEnb + ",EUtranCellTDD=1,EUtranFreqRelation=_47090"), kFreq + "47090");
 }
 
 // The entry for configuration code: a known channel reuses its frequency, a new one takes the
