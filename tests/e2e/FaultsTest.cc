@@ -27,14 +27,8 @@ std::vector<std::string> faults(const Json& answer) {
     return shown;
 }
 
-class Faults : public ProgramFixture {
+class Faults : public StationProgramFixture {
   protected:
-    void SetUp() override {
-        ProgramFixture::SetUp();
-        Outcome loaded =
-            program("--state " + _dir + "/state --load " + kData + "/station/demo-station.xml");
-        ASSERT_EQ(loaded.status, 0) << loaded.err;
-    }
     // The answers of one run of vesk-host on the state; every command must be answered.
     std::vector<Json> session(const std::vector<std::string>& commands) {
         std::string joined;

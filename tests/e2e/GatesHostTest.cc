@@ -36,10 +36,6 @@ std::string setRefused(const std::string& attribute, const std::string& dn, int 
     return "VeskMoImpl::setMoAttribute(): Cannot set attribute " + attribute + ", MO " + dn +
            ", AI_phase is " + std::to_string(phase) + " \n";
 }
-std::string createRefused(const std::string& parent, const std::string& cls, int phase) {
-    return "VeskMoImpl::createMo(): Cannot create MO '" + parent + "," + cls + "', AI_phase is " +
-           std::to_string(phase) + " \n";
-}
 std::string deleteRefused(int phase) {
     return "VeskMoImpl::deleteMo(): Cannot delete MO, AI_phase is " + std::to_string(phase) + " \n";
 }
@@ -128,12 +124,8 @@ TEST_P(GatesBelowIntegration, OnlyTheIntegrationAndTheNamedCasesPass) {
     EXPECT_EQ(a[5]["result"]["rbsConfigLevel"], "SITE_CONFIG_COMPLETE");
     EXPECT_EQ(a[6]["result"], row.create);
 
-    // The gate logs the phase at each write it judges; each refusal names its phase.
+    // The gate logs the phase at each write it judges (its refusal lines: GatesTest).
     EXPECT_EQ(occurrences(o.log, kPhaseLine), 3u) << o.log;
-    EXPECT_EQ(occurrences(o.log, setRefused("userLabel", kCell, 3)), row.userLabel ? 0u : 1u);
-    EXPECT_EQ(occurrences(o.log, "Cannot set attribute rbsConfigLevel"), 0u);
-    EXPECT_EQ(occurrences(o.log, createRefused(kEnb, "EUtranCellFDD", 3)), row.create ? 0u : 1u);
-    EXPECT_EQ(occurrences(o.log, deleteRefused(3)), 1u) << o.log;
     const bool icfa = std::string(row.label) == "NetconfIcfa";
     EXPECT_EQ(occurrences(o.log, kIcfLine), icfa ? 3u : 0u);
 }
