@@ -39,10 +39,7 @@ class CellsAndPm : public StationProgramFixture {
         std::string commands;
         for (const auto& check : checks)
             commands += (commands.empty() ? "" : "; ") + expand(check.first);
-        Outcome o = agent(commands, "--json");
-        ASSERT_EQ(o.status, 0) << o.err;
-        const std::vector<Json> a = o.answers();
-        ASSERT_EQ(a.size(), checks.size()) << o.out;
+        const std::vector<Json> a = answers(commands, checks.size());
         for (size_t i = 0; i < a.size(); ++i) {
             const std::string& expected = checks[i].second;
             SCOPED_TRACE(checks[i].first);

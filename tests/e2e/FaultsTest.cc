@@ -34,12 +34,7 @@ class Faults : public StationProgramFixture {
         std::string joined;
         for (const std::string& command : commands)
             joined += command + "; ";
-        Outcome o = agent(joined, "--json");
-        EXPECT_EQ(o.status, 0) << o.err;
-        std::vector<Json> answers = o.answers();
-        EXPECT_EQ(answers.size(), commands.size()) << o.out << o.err;
-        answers.resize(commands.size());
-        return answers;
+        return answers(joined, commands.size());
     }
 };
 

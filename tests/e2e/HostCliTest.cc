@@ -32,17 +32,15 @@ class HostCliTest : public StationProgramFixture {
 // Reads, walks and counts in one transaction, and a missing MO, in one run.
 TEST_F(HostCliTest, ReadsShowValuesInTheModelsTermsAndAMissingMoIsNamed) {
     const std::string missing = kEnb + ",EUtranCellFDD=9";
-    Outcome o = run("get " + kCell + " administrativeState earfcndl cellId; get " + kEnb +
-                        " eNodeBPlmnId; get " + kFrequency + " reservedBy; get " + kRelation +
-                        " eutranFrequencyRef blackListEntry; get " + kCell + "; begin; ls " + kEnb +
-                        " EUtranCellFDD; count " + kEnb + " EUtranCellFDD; exists " + kCell +
-                        "; exists " + missing + "; status; ls " + kEnb +
-                        " EUtranCellTDD; commit; status; get " + missing + " cellId; ls " +
-                        missing + " EUtranFreqRelation; count " + missing + " EUtranFreqRelation",
-                    "--json");
-    ASSERT_EQ(o.status, 0) << o.err;
-    std::vector<Json> a = o.answers();
-    ASSERT_EQ(a.size(), 17u) << o.out;
+    std::vector<Json> a =
+        answers("get " + kCell + " administrativeState earfcndl cellId; get " + kEnb +
+                    " eNodeBPlmnId; get " + kFrequency + " reservedBy; get " + kRelation +
+                    " eutranFrequencyRef blackListEntry; get " + kCell + "; begin; ls " + kEnb +
+                    " EUtranCellFDD; count " + kEnb + " EUtranCellFDD; exists " + kCell +
+                    "; exists " + missing + "; status; ls " + kEnb +
+                    " EUtranCellTDD; commit; status; get " + missing + " cellId; ls " + missing +
+                    " EUtranFreqRelation; count " + missing + " EUtranFreqRelation",
+                17);
     for (size_t i = 0; i < 14; ++i)
         EXPECT_EQ(a[i]["ok"], true) << a[i].dump();
     for (size_t i = 0; i < 5; ++i) {  // the agent was asked

@@ -235,6 +235,19 @@ class ProgramFixture : public TempDirFixture {
         return program(std::string("--state ") + _dir + "/state --plugin " + VESK_AGENT_PATH + " " +
                        options + " -c '" + commands + "'");
     }
+    // The JSON answers of `commands` run on the agent, which must end cleanly with `count`
+    // answers (missing ones are null); the whole run in `outcome` when given.
+    std::vector<Json> answers(const std::string& commands, size_t count,
+                              const std::string& options = "", Outcome* outcome = nullptr) {
+        Outcome o = agent(commands, "--json " + options);
+        EXPECT_EQ(o.status, 0) << o.err;
+        std::vector<Json> result = o.answers();
+        EXPECT_EQ(result.size(), count) << o.out << o.err;
+        result.resize(count);
+        if (outcome != nullptr)
+            *outcome = o;
+        return result;
+    }
 };
 
 // vesk-host as a child process on a state of the folder that holds the demo station.

@@ -249,11 +249,10 @@ TEST_F(WatchProgramTest, WatcherPrintsWhatTheWritingHostCommitsUntilInterrupted)
 TEST_F(WatchProgramTest, JournalKeepsTheLastNotificationsNobodyWatched) {
     std::string sets = "set " + kCell + " userLabel a; set " + kEnb +
                        ",EUtranCellFDD=2 userLabel b; set " + kCell + " userLabel c; ";
-    Outcome kept = agent(sets + "notifications 2; notifications .*FDD=2; notifications 9; status",
-                         "--json --journal 4");
-    ASSERT_EQ(kept.status, 0) << kept.err;
-    std::vector<Json> answers = kept.answers();
-    ASSERT_EQ(answers.size(), 7u) << kept.out;
+    Outcome kept;
+    std::vector<Json> a =
+        answers(sets + "notifications 2; notifications .*FDD=2; notifications 9; status", 7,
+                "--journal 4", &kept);
     // Each set is a change of lastModification, then of userLabel.
     auto shown = [](const Json& answer) {
         Names result;
@@ -267,10 +266,10 @@ TEST_F(WatchProgramTest, JournalKeepsTheLastNotificationsNobodyWatched) {
     const std::string edited = R"( {"lastModification":"OPERATOR"})";
     const Names cell1 = {"EUtranCellFDD=1" + edited, R"(EUtranCellFDD=1 {"userLabel":"c"})"};
     const Names cell2 = {"EUtranCellFDD=2" + edited, R"(EUtranCellFDD=2 {"userLabel":"b"})"};
-    EXPECT_EQ(shown(answers[3]), cell1);
-    EXPECT_EQ(shown(answers[4]), cell2);
-    EXPECT_EQ(shown(answers[5]), (Names{cell2[0], cell2[1], cell1[0], cell1[1]}));
-    EXPECT_EQ(answers[6]["result"]["events"]["journal"],
+    EXPECT_EQ(shown(a[3]), cell1);
+    EXPECT_EQ(shown(a[4]), cell2);
+    EXPECT_EQ(shown(a[5]), (Names{cell2[0], cell2[1], cell1[0], cell1[1]}));
+    EXPECT_EQ(a[6]["result"]["events"]["journal"],
               Json::parse(R"({"kept":4,"capacity":4,"recorded":6})"));
     EXPECT_EQ((kept.out + kept.err).find("notif sending fails"), std::string::npos);
 
