@@ -24,10 +24,8 @@ class ActionTest : public HostFixture {
     void SetUp() override {
         vesk::isec::reset();
         HostFixture::SetUp();
-        if (HasFatalFailure())
-            return;
-        startOnStation(VESK_AGENT_PATH);
-        openShell();
+        if (!HasFatalFailure())
+            startAgentShell();
     }
     void TearDown() override {
         HostFixture::TearDown();
@@ -51,10 +49,6 @@ class ActionTest : public HostFixture {
     }
     Json shows() {
         return Json{{"reset", show("reset")}, {"sec", show("sec")}, {"wifi", show("wifi")}};
-    }
-    void ok(const std::string& command) {
-        Json answer = run(command);
-        ASSERT_EQ(answer["ok"], true) << command << "\n" << answer.dump();
     }
 };
 
@@ -198,13 +192,10 @@ TEST_F(ActionTest, InputTheModelRefusesNeverReachesTheAgent) {
     EXPECT_EQ(traffic(before), "");
 }
 
-class ActionProgramTest : public ProgramFixture {};
+class ActionProgramTest : public StationProgramFixture {};
 
 // The operator's view: codes, the result in the command line's syntax, messages, and the peers.
 TEST_F(ActionProgramTest, AnswersInTextAndJson) {
-    ASSERT_EQ(
-        program("--load " + kData + "/station/demo-station.xml --state " + _dir + "/state").status,
-        0);
     Outcome text = agent("phase 3; action " + kUnit + " resetToFactory; action " + kUnit +
                              " restart; phase 4; action " + kSwM + " cancel; peer",
                          "--log-level error");

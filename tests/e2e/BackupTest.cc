@@ -29,8 +29,7 @@ class BackupTest : public HostFixture {
         setenv("VESK_BRM_BACKUP_PATH", _store.c_str(), 1);
         std::filesystem::create_directories(_store);
         vesk::station::setTimeScale(0.01);
-        startOnStation(VESK_AGENT_PATH);
-        openShell();
+        startAgentShell();
     }
     void TearDown() override {
         HostFixture::TearDown();

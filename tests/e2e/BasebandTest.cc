@@ -22,10 +22,8 @@ class BasebandTest : public HostFixture {
   protected:
     void SetUp() override {
         HostFixture::SetUp();
-        if (HasFatalFailure())
-            return;
-        startOnStation(VESK_AGENT_PATH);
-        openShell();
+        if (!HasFatalFailure())
+            startAgentShell();
         vesk::station::setTimeScale(0.01);
     }
     void TearDown() override {

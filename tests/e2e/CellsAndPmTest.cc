@@ -17,19 +17,14 @@ const std::string kEp = "ManagedElement=1,SystemFunctions=1,PmEventM=1,EventProd
 
 // $F an FDD cell, $W a WCDMA cell, $J an event job, $E the event producer, $P the PM function,
 // $N the LTE node.
-std::string expand(std::string text) {
-    const std::pair<const char*, std::string> names[] = {
-        {"$F", kEnb + ",EUtranCellFDD="},
-        {"$W", "ManagedElement=1,NodeBFunction=1,NodeBLocalCellGroup=1,NodeBLocalCell="},
-        {"$J", kEp + ",EventJob="},
-        {"$E", kEp},
-        {"$P", "ManagedElement=1,SystemFunctions=1,Pm=1"},
-        {"$N", kEnb}};
-    for (const auto& [name, value] : names) {
-        for (size_t at = text.find(name); at != std::string::npos; at = text.find(name, at))
-            text.replace(at, 2, value);
-    }
-    return text;
+std::string expand(const std::string& text) {
+    return vesk::e2e::expand(
+        text, {{"$F", kEnb + ",EUtranCellFDD="},
+               {"$W", "ManagedElement=1,NodeBFunction=1,NodeBLocalCellGroup=1,NodeBLocalCell="},
+               {"$J", kEp + ",EventJob="},
+               {"$E", kEp},
+               {"$P", "ManagedElement=1,SystemFunctions=1,Pm=1"},
+               {"$N", kEnb}});
 }
 
 // A command and what it answers: "" OrlOk; "!TEXT" refused, TEXT its first operator message (or
@@ -37,23 +32,14 @@ std::string expand(std::string text) {
 // for, its value dumped compactly).
 typedef std::vector<std::pair<std::string, std::string>> Checks;
 
-class CellsAndPm : public ProgramFixture {
+class CellsAndPm : public StationProgramFixture {
   protected:
-    void SetUp() override {
-        ProgramFixture::SetUp();
-        Outcome loaded =
-            program("--state " + _dir + "/state --load " + kData + "/station/demo-station.xml");
-        ASSERT_EQ(loaded.status, 0) << loaded.err;
-    }
     // Runs the checks in one vesk-host.
     void run(const Checks& checks) {
         std::string commands;
         for (const auto& check : checks)
             commands += (commands.empty() ? "" : "; ") + expand(check.first);
-        Outcome o = agent(commands, "--json");
-        ASSERT_EQ(o.status, 0) << o.err;
-        const std::vector<Json> a = o.answers();
-        ASSERT_EQ(a.size(), checks.size()) << o.out;
+        const std::vector<Json> a = answers(commands, checks.size());
         for (size_t i = 0; i < a.size(); ++i) {
             const std::string& expected = checks[i].second;
             SCOPED_TRACE(checks[i].first);

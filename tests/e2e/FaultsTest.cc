@@ -27,25 +27,14 @@ std::vector<std::string> faults(const Json& answer) {
     return shown;
 }
 
-class Faults : public ProgramFixture {
+class Faults : public StationProgramFixture {
   protected:
-    void SetUp() override {
-        ProgramFixture::SetUp();
-        Outcome loaded =
-            program("--state " + _dir + "/state --load " + kData + "/station/demo-station.xml");
-        ASSERT_EQ(loaded.status, 0) << loaded.err;
-    }
     // The answers of one run of vesk-host on the state; every command must be answered.
     std::vector<Json> session(const std::vector<std::string>& commands) {
         std::string joined;
         for (const std::string& command : commands)
             joined += command + "; ";
-        Outcome o = agent(joined, "--json");
-        EXPECT_EQ(o.status, 0) << o.err;
-        std::vector<Json> answers = o.answers();
-        EXPECT_EQ(answers.size(), commands.size()) << o.out << o.err;
-        answers.resize(commands.size());
-        return answers;
+        return answers(joined, commands.size());
     }
 };
 

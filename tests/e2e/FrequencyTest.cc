@@ -23,11 +23,8 @@ class FrequencyTest : public HostFixture {
   protected:
     void SetUp() override {
         HostFixture::SetUp();
-        if (HasFatalFailure())
-            return;
-        startOnStation(VESK_AGENT_PATH);
-        openShell();
-        run("phase 4");
+        if (!HasFatalFailure())
+            startAgentShell(true);
     }
     // Every JSON answer the command printed (a commit that waits prints two).
     std::vector<Json> answers(const std::string& command) {

@@ -36,10 +36,6 @@ std::string setRefused(const std::string& attribute, const std::string& dn, int 
     return "VeskMoImpl::setMoAttribute(): Cannot set attribute " + attribute + ", MO " + dn +
            ", AI_phase is " + std::to_string(phase) + " \n";
 }
-std::string createRefused(const std::string& parent, const std::string& cls, int phase) {
-    return "VeskMoImpl::createMo(): Cannot create MO '" + parent + "," + cls + "', AI_phase is " +
-           std::to_string(phase) + " \n";
-}
 std::string deleteRefused(int phase) {
     return "VeskMoImpl::deleteMo(): Cannot delete MO, AI_phase is " + std::to_string(phase) + " \n";
 }
@@ -84,11 +80,11 @@ class GatesHostTest : public ProgramFixture {
                     _dir + "/objects.xml");
         ASSERT_EQ(loaded.status, 0) << loaded.err;
     }
-    // Runs `commands` (";"-separated) on the agent, answers in JSON, the log in the log file.
-    Outcome run(const std::string& commands, const std::string& options,
-                const std::string& level = "info") {
-        return agent(commands,
-                     "--json --log-file " + _dir + "/log --log-level " + level + " " + options);
+    // The `count` answers of `commands` on the agent, the log in the log file; the run in `o`.
+    std::vector<Json> run(const std::string& commands, size_t count, const std::string& options,
+                          Outcome* o, const std::string& level = "info") {
+        return answers(commands, count,
+                       "--log-file " + _dir + "/log --log-level " + level + " " + options, o);
     }
 };
 
@@ -111,15 +107,13 @@ class GatesBelowIntegration : public GatesHostTest,
 
 TEST_P(GatesBelowIntegration, OnlyTheIntegrationAndTheNamedCasesPass) {
     const SessionRow& row = GetParam();
-    Outcome o = run("set " + kCell + " userLabel gated; set ManagedElement=1 rbsConfigLevel " +
-                        "SITE_CONFIG_COMPLETE; create " + kEnb +
-                        " EUtranCellFDD=9 cellId=9 earfcndl=6300; " + "delete " + kEnb +
-                        ",EUtranCellFDD=3; get " + kCell + " userLabel; " +
-                        "get ManagedElement=1 rbsConfigLevel; exists " + kNewCell,
-                    row.options);
-    ASSERT_EQ(o.status, 0) << o.err;
-    const std::vector<Json> a = o.answers();
-    ASSERT_EQ(a.size(), 7u) << o.out << o.err;
+    Outcome o;
+    const std::vector<Json> a = run(
+        "set " + kCell + " userLabel gated; set ManagedElement=1 rbsConfigLevel " +
+            "SITE_CONFIG_COMPLETE; create " + kEnb + " EUtranCellFDD=9 cellId=9 earfcndl=6300; " +
+            "delete " + kEnb + ",EUtranCellFDD=3; get " + kCell + " userLabel; " +
+            "get ManagedElement=1 rbsConfigLevel; exists " + kNewCell,
+        7, row.options, &o);
     const bool passes[] = {row.userLabel, row.configLevel, row.create, false};
     for (int i = 0; i < 4; ++i) {
         EXPECT_EQ(a[i]["code"], passes[i] ? "OrlOk" : "OrlTryAgain") << a[i].dump();
@@ -128,12 +122,8 @@ TEST_P(GatesBelowIntegration, OnlyTheIntegrationAndTheNamedCasesPass) {
     EXPECT_EQ(a[5]["result"]["rbsConfigLevel"], "SITE_CONFIG_COMPLETE");
     EXPECT_EQ(a[6]["result"], row.create);
 
-    // The gate logs the phase at each write it judges; each refusal names its phase.
+    // The gate logs the phase at each write it judges (its refusal lines: GatesTest).
     EXPECT_EQ(occurrences(o.log, kPhaseLine), 3u) << o.log;
-    EXPECT_EQ(occurrences(o.log, setRefused("userLabel", kCell, 3)), row.userLabel ? 0u : 1u);
-    EXPECT_EQ(occurrences(o.log, "Cannot set attribute rbsConfigLevel"), 0u);
-    EXPECT_EQ(occurrences(o.log, createRefused(kEnb, "EUtranCellFDD", 3)), row.create ? 0u : 1u);
-    EXPECT_EQ(occurrences(o.log, deleteRefused(3)), 1u) << o.log;
     const bool icfa = std::string(row.label) == "NetconfIcfa";
     EXPECT_EQ(occurrences(o.log, kIcfLine), icfa ? 3u : 0u);
 }
@@ -147,15 +137,13 @@ INSTANTIATE_TEST_SUITE_P(
     [](const ::testing::TestParamInfo<SessionRow>& info) { return info.param.label; });
 
 TEST_F(GatesHostTest, ThePhaseReachingFourOpensSetsAndCreationsForTheRestOfTheRun) {
-    Outcome o = run(
+    Outcome o;
+    const std::vector<Json> a = run(
         "set " + kCell + " userLabel early; phase 4; set " + kCell +
             " userLabel integrated; phase 3; set " + kCell + " userLabel latched; create " + kEnb +
             " EUtranCellFDD=9 cellId=9 earfcndl=6300; " + "delete " + kNewCell + "; get " + kCell +
             " userLabel; phase; phase 4; " + "delete " + kNewCell + "; exists " + kNewCell,
-        "--protocol netconf");
-    ASSERT_EQ(o.status, 0) << o.err;
-    const std::vector<Json> a = o.answers();
-    ASSERT_EQ(a.size(), 12u) << o.out << o.err;
+        12, "--protocol netconf", &o);
     EXPECT_EQ(a[0]["code"], "OrlTryAgain");
     EXPECT_EQ(a[1]["notes"][0], "AI_phase set to 4");
     EXPECT_EQ(a[2]["code"], "OrlOk") << a[2].dump();
@@ -176,15 +164,14 @@ TEST_F(GatesHostTest, ThePhaseReachingFourOpensSetsAndCreationsForTheRestOfTheRu
 }
 
 TEST_F(GatesHostTest, ImplementersDelayOrStopAWrite) {
-    Outcome o = run("phase 4; oi add dn " + kCell + " tryagain 2; set " + kCell +
-                        " userLabel west; oi set 1 ok; set " + kCell + " userLabel east; " +
-                        "oi add class " + kCellPath + " fail OrlValidationFailed; set " + kCell +
-                        " userLabel north; oi remove 2; oi set 1 fail OrlFailure; set " + kCell +
-                        " userLabel south; oi show 1; get " + kCell + " userLabel",
-                    "--protocol netconf", "trace");
-    ASSERT_EQ(o.status, 0) << o.err;
-    const std::vector<Json> a = o.answers();
-    ASSERT_EQ(a.size(), 12u) << o.out << o.err;
+    Outcome o;
+    const std::vector<Json> a =
+        run("phase 4; oi add dn " + kCell + " tryagain 2; set " + kCell +
+                " userLabel west; oi set 1 ok; set " + kCell + " userLabel east; " +
+                "oi add class " + kCellPath + " fail OrlValidationFailed; set " + kCell +
+                " userLabel north; oi remove 2; oi set 1 fail OrlFailure; set " + kCell +
+                " userLabel south; oi show 1; get " + kCell + " userLabel",
+            12, "--protocol netconf", &o, "trace");
     // Two waits of half a second, then the write goes through; without waits it is quick.
     EXPECT_EQ(a[2]["code"], "OrlOk") << a[2].dump();
     EXPECT_EQ(a[4]["code"], "OrlOk") << a[4].dump();

@@ -17,13 +17,8 @@ using namespace vesk::e2e;
 const std::string kFrequency = kEnb + ",EUtraNetwork=1,EUtranFrequency=1";
 const std::string kRelation = kCell + ",EUtranFreqRelation=1";
 
-class HostCliTest : public ProgramFixture {
+class HostCliTest : public StationProgramFixture {
   protected:
-    void SetUp() override {
-        ProgramFixture::SetUp();
-        Outcome loaded = host("--load " VESK_DATA_DIR "/station/demo-station.xml");
-        ASSERT_EQ(loaded.status, 0) << loaded.err;
-    }
     // Runs vesk-host on the demo station with `arguments`, input from `input` (or none).
     Outcome host(const std::string& arguments, const std::string& input = "") {
         return program("--state " + _dir + "/state --log-level warning " + arguments, input);
@@ -34,69 +29,51 @@ class HostCliTest : public ProgramFixture {
     }
 };
 
-TEST_F(HostCliTest, ReadsShowValuesInTheModelsTerms) {
-    Outcome o = run("get " + kCell + " administrativeState earfcndl cellId; get " + kEnb +
-                        " eNodeBPlmnId; get " + kFrequency + " reservedBy; get " + kRelation +
-                        " eutranFrequencyRef blackListEntry; get " + kCell,
-                    "--json");
-    ASSERT_EQ(o.status, 0) << o.err;
-    std::vector<Json> answers = o.answers();
-    ASSERT_EQ(answers.size(), 5u) << o.out;
-    for (const Json& answer : answers) {
-        EXPECT_EQ(answer["code"], "OrlOk") << answer.dump();
-        EXPECT_EQ(answer["rc"], 0);
-        EXPECT_TRUE(answer["ok"].get<bool>());
-    }
-    EXPECT_EQ(answers[0]["result"].dump(),
-              R"({"administrativeState":"UNLOCKED","earfcndl":6300,"cellId":1})");
-    EXPECT_EQ(answers[1]["result"]["eNodeBPlmnId"],
-              Json::parse(R"({"mcc":244,"mnc":91,"mncLength":2})"));
-    EXPECT_EQ(answers[2]["result"]["reservedBy"].size(), 4u) << answers[2].dump();
-    EXPECT_EQ(answers[3]["result"]["eutranFrequencyRef"], kFrequency);
-    EXPECT_EQ(answers[3]["result"]["blackListEntry"],
-              Json::parse(R"([{"startPci":100,"pciRange":4}])"));
-    // All attributes of the class, key first.
-    EXPECT_EQ(answers[4]["result"].begin().key(), "eUtranCellFDDId");
-    EXPECT_EQ(answers[4]["result"]["operationalState"], "ENABLED");
-}
-
-TEST_F(HostCliTest, ListCountAndExistsInOneTransaction) {
-    Outcome o = run("begin; ls " + kEnb + " EUtranCellFDD; count " + kEnb +
-                        " EUtranCellFDD; exists " + kCell + "; exists " + kEnb +
-                        ",EUtranCellFDD=9; status; ls " + kEnb + " EUtranCellTDD; commit; status",
-                    "--json");
-    ASSERT_EQ(o.status, 0) << o.err;
-    std::vector<Json> a = o.answers();
-    ASSERT_EQ(a.size(), 9u) << o.out;
-    EXPECT_EQ(a[1]["result"], Json::parse("[\"" + kEnb + ",EUtranCellFDD=1\", \"" + kEnb +
-                                          ",EUtranCellFDD=2\", \"" + kEnb + ",EUtranCellFDD=3\"]"));
-    EXPECT_EQ(a[2]["result"], 3);
-    EXPECT_EQ(a[3]["result"], true);
-    EXPECT_EQ(a[4]["result"], false);
-    EXPECT_TRUE(a[5]["result"]["transaction"].is_number()) << a[5].dump();
-    // No instances: nothing walked, not even what the first walk left behind.
-    EXPECT_EQ(a[6]["result"], Json::array());
-    EXPECT_EQ(a[7]["code"], "OrlOk");
-    EXPECT_EQ(a[7]["notes"][0],
-              "transaction " + a[5]["result"]["transaction"].dump() + " committed");
-    EXPECT_EQ(a[8]["result"]["transaction"], "none");
-}
-
-TEST_F(HostCliTest, AMissingMoIsNamed) {
+// Reads, walks and counts in one transaction, and a missing MO, in one run.
+TEST_F(HostCliTest, ReadsShowValuesInTheModelsTermsAndAMissingMoIsNamed) {
     const std::string missing = kEnb + ",EUtranCellFDD=9";
-    Outcome o = run("get " + missing + " cellId; ls " + missing + " EUtranFreqRelation; count " +
-                        missing + " EUtranFreqRelation",
-                    "--json");
-    EXPECT_EQ(o.status, 0);
-    std::vector<Json> a = o.answers();
-    ASSERT_EQ(a.size(), 3u) << o.out;
-    for (const Json& answer : a) {
-        EXPECT_FALSE(answer["ok"].get<bool>());
-        EXPECT_EQ(answer["error"], "no MO " + missing);
-        EXPECT_EQ(answer["code"], "OrlOk") << "the agent's own answer to the question";
+    std::vector<Json> a =
+        answers("get " + kCell + " administrativeState earfcndl cellId; get " + kEnb +
+                    " eNodeBPlmnId; get " + kFrequency + " reservedBy; get " + kRelation +
+                    " eutranFrequencyRef blackListEntry; get " + kCell + "; begin; ls " + kEnb +
+                    " EUtranCellFDD; count " + kEnb + " EUtranCellFDD; exists " + kCell +
+                    "; exists " + missing + "; status; ls " + kEnb +
+                    " EUtranCellTDD; commit; status; get " + missing + " cellId; ls " + missing +
+                    " EUtranFreqRelation; count " + missing + " EUtranFreqRelation",
+                17);
+    for (size_t i = 0; i < 14; ++i)
+        EXPECT_EQ(a[i]["ok"], true) << a[i].dump();
+    for (size_t i = 0; i < 5; ++i) {  // the agent was asked
+        EXPECT_EQ(a[i]["code"], "OrlOk") << a[i].dump();
+        EXPECT_EQ(a[i]["rc"], 0);
     }
-    Outcome text = run("get " + missing);
-    EXPECT_EQ(text.out, "error: no MO " + missing + "\n");
+    EXPECT_EQ(a[0]["result"].dump(),
+              R"({"administrativeState":"UNLOCKED","earfcndl":6300,"cellId":1})");
+    EXPECT_EQ(a[1]["result"]["eNodeBPlmnId"], Json::parse(R"({"mcc":244,"mnc":91,"mncLength":2})"));
+    EXPECT_EQ(a[2]["result"]["reservedBy"].size(), 4u) << a[2].dump();
+    EXPECT_EQ(a[3]["result"]["eutranFrequencyRef"], kFrequency);
+    EXPECT_EQ(a[3]["result"]["blackListEntry"], Json::parse(R"([{"startPci":100,"pciRange":4}])"));
+    // All attributes of the class, key first.
+    EXPECT_EQ(a[4]["result"].begin().key(), "eUtranCellFDDId");
+    EXPECT_EQ(a[4]["result"]["operationalState"], "ENABLED");
+    EXPECT_EQ(a[6]["result"], Json::parse("[\"" + kEnb + ",EUtranCellFDD=1\", \"" + kEnb +
+                                          ",EUtranCellFDD=2\", \"" + kEnb + ",EUtranCellFDD=3\"]"));
+    EXPECT_EQ(a[7]["result"], 3);
+    EXPECT_EQ(a[8]["result"], true);
+    EXPECT_EQ(a[9]["result"], false);
+    EXPECT_TRUE(a[10]["result"]["transaction"].is_number()) << a[10].dump();
+    // No instances: nothing walked, not even what the first walk left behind.
+    EXPECT_EQ(a[11]["result"], Json::array());
+    EXPECT_EQ(a[12]["code"], "OrlOk");
+    EXPECT_EQ(a[12]["notes"][0],
+              "transaction " + a[10]["result"]["transaction"].dump() + " committed");
+    EXPECT_EQ(a[13]["result"]["transaction"], "none");
+    for (size_t i = 14; i < 17; ++i) {
+        EXPECT_FALSE(a[i]["ok"].get<bool>());
+        EXPECT_EQ(a[i]["error"], "no MO " + missing);
+        EXPECT_EQ(a[i]["code"], "OrlOk") << "the agent's own answer to the question";
+    }
+    EXPECT_EQ(run("get " + missing).out, "error: no MO " + missing + "\n");
     EXPECT_EQ(run("get " + missing, "--strict").status, 8);
 }
 

@@ -16,6 +16,7 @@
 #include <sstream>
 #include <string>
 #include <thread>
+#include <utility>
 #include <vector>
 
 #include "host/Host.h"
@@ -51,6 +52,17 @@ inline const Fetch kStartFetches[] = {
     {"OrlMgmtSpiSessionManagementService", "OrlMgmtSpiSession", "1"},
 };
 inline const int kStartFetchCount = 7;
+
+// `text` with each short name of `names` replaced by its value.
+inline std::string expand(std::string text,
+                          const std::vector<std::pair<std::string, std::string>>& names) {
+    for (const auto& [name, value] : names) {
+        for (size_t at = text.find(name); at != std::string::npos;
+             at = text.find(name, at + value.size()))
+            text.replace(at, name.size(), value);
+    }
+    return text;
+}
 
 inline std::string slurp(const std::string& path) {
     std::ifstream in(path);
@@ -133,6 +145,14 @@ class HostFixture : public TempDirFixture {
         options.json = json;
         _shell.reset(new host::cli::Shell(*_host, *_view, options, _out));
     }
+    // The agent started on the demo station and the operator's shell on it; `integrated` sets
+    // phase 4 through the shell, so that the agent has seen the station integrated.
+    void startAgentShell(bool integrated = false) {
+        ASSERT_NO_FATAL_FAILURE(startOnStation(VESK_AGENT_PATH));
+        openShell();
+        if (integrated)
+            ok("phase 4");
+    }
     // Runs one command and returns its text answer.
     std::string runText(const std::string& command) {
         _out.str("");
@@ -141,6 +161,12 @@ class HostFixture : public TempDirFixture {
     }
     // Runs one command and returns its JSON answer.
     Json run(const std::string& command) { return Json::parse(runText(command)); }
+    // Runs one command that must succeed and returns its JSON answer.
+    Json ok(const std::string& command) {
+        Json answer = run(command);
+        EXPECT_EQ(answer["ok"], true) << command << "\n" << answer.dump();
+        return answer;
+    }
     OrlTxHandleT begin() {
         OrlTxHandleT tx = 0;
         EXPECT_EQ(_host->begin(&tx), OrlOk);
@@ -208,6 +234,30 @@ class ProgramFixture : public TempDirFixture {
     Outcome agent(const std::string& commands, const std::string& options = "") {
         return program(std::string("--state ") + _dir + "/state --plugin " + VESK_AGENT_PATH + " " +
                        options + " -c '" + commands + "'");
+    }
+    // The JSON answers of `commands` run on the agent, which must end cleanly with `count`
+    // answers (missing ones are null); the whole run in `outcome` when given.
+    std::vector<Json> answers(const std::string& commands, size_t count,
+                              const std::string& options = "", Outcome* outcome = nullptr) {
+        Outcome o = agent(commands, "--json " + options);
+        EXPECT_EQ(o.status, 0) << o.err;
+        std::vector<Json> result = o.answers();
+        EXPECT_EQ(result.size(), count) << o.out << o.err;
+        result.resize(count);
+        if (outcome != nullptr)
+            *outcome = o;
+        return result;
+    }
+};
+
+// vesk-host as a child process on a state of the folder that holds the demo station.
+class StationProgramFixture : public ProgramFixture {
+  protected:
+    void SetUp() override {
+        ASSERT_NO_FATAL_FAILURE(ProgramFixture::SetUp());
+        Outcome loaded =
+            program("--state " + _dir + "/state --load " + kData + "/station/demo-station.xml");
+        ASSERT_EQ(loaded.status, 0) << loaded.err;
     }
 };
 

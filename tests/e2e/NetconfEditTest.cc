@@ -61,10 +61,7 @@ class NetconfEditTest : public HostFixture {
   protected:
     void SetUp() override {
         HostFixture::SetUp();
-        if (HasFatalFailure())
-            return;
-        startOnStation(VESK_AGENT_PATH);
-        openShell();
+        ASSERT_NO_FATAL_FAILURE(startAgentShell());
         std::string error;
         ASSERT_TRUE(_schemas.load(kData + "/model", kData + "/netconf", &error)) << error;
     }

@@ -27,10 +27,6 @@ const std::string kNewCell = kEnb + ",EUtranCellFDD=9";
 
 class NotificationTest : public HostFixture {
   protected:
-    void start() {
-        startOnStation(VESK_AGENT_PATH);
-        openShell();
-    }
     Json ok(const std::string& command) {
         _shell->runText(command);
         Json answer = lastAnswer();
@@ -80,7 +76,7 @@ class NotificationTest : public HostFixture {
 };
 
 TEST_F(NotificationTest, EachWatchSeesItsOwnCommittedChanges) {
-    start();
+    startAgentShell();
     ok("watch " + kSeenEnb + ",EUtranCellFDD=9");
     ok("watch .*EUtranCellFDD=2");
     ok("create " + kEnb + " EUtranCellFDD=9 cellId=9 earfcndl=6300");
@@ -110,7 +106,7 @@ TEST_F(NotificationTest, EachWatchSeesItsOwnCommittedChanges) {
 }
 
 TEST_F(NotificationTest, HiddenAttributesAndLocalDateTimeNeverGoOut) {
-    start();
+    startAgentShell();
     ok("watch");
     int handle = IDatabase::transaction(IPCData::OP_TX_OPEN, 0, false);
     std::unique_ptr<DBObject> cell(IDatabase::getObject(kCell, 1, handle));
@@ -131,7 +127,7 @@ TEST_F(NotificationTest, HiddenAttributesAndLocalDateTimeNeverGoOut) {
 }
 
 TEST_F(NotificationTest, NothingIsDeliveredWhileTheHostShutsDown) {
-    start();
+    startAgentShell();
     ok("watch");
     vesk::log::LogCapture log;
     vesk::station::setHostStatus(OrlController::TIB_SHUTTING_DOWN);
@@ -145,7 +141,7 @@ TEST_F(NotificationTest, NothingIsDeliveredWhileTheHostShutsDown) {
 }
 
 TEST_F(NotificationTest, BadPatternSlowConsumerAndUnknownFilterAreAnswered) {
-    start();
+    startAgentShell();
     _shell->runCommand("watch ([");
     EXPECT_EQ(lastAnswer()["error"].get<std::string>().rfind("bad pattern '([': ", 0), 0u);
     // A consumer that holds its first notification until told to go on.
@@ -211,7 +207,7 @@ TEST_F(NotificationTest, FirstJoinWhileUpReadsTheNorthboundNameOnce) {
 
 TEST_F(NotificationTest, ProducerRefusedByTheRouterLeavesWritesWorking) {
     _host->events().refuseRegistration(OrlFailure);
-    start();
+    startAgentShell();
     ok("watch");
     ok("set " + kCell + " userLabel unseen");
     EXPECT_TRUE(seen(1).empty());
@@ -219,12 +215,9 @@ TEST_F(NotificationTest, ProducerRefusedByTheRouterLeavesWritesWorking) {
 }
 
 // vesk-host --watch in a process of its own, while another vesk-host writes.
-class WatchProgramTest : public ProgramFixture {};
+class WatchProgramTest : public StationProgramFixture {};
 
 TEST_F(WatchProgramTest, WatcherPrintsWhatTheWritingHostCommitsUntilInterrupted) {
-    Outcome loaded =
-        program("--load " + kData + "/station/demo-station.xml --state " + _dir + "/state");
-    ASSERT_EQ(loaded.status, 0) << loaded.err;
     std::string out = _dir + "/watch.out";
     std::string err = _dir + "/watch.err";
     std::string state = _dir + "/state";
@@ -254,16 +247,12 @@ TEST_F(WatchProgramTest, WatcherPrintsWhatTheWritingHostCommitsUntilInterrupted)
 // The host's journal takes every notification, watched or not: the last ones in order, narrowed
 // by a pattern, never more than --journal. Without it nobody takes them, and the agent says so.
 TEST_F(WatchProgramTest, JournalKeepsTheLastNotificationsNobodyWatched) {
-    ASSERT_EQ(
-        program("--load " + kData + "/station/demo-station.xml --state " + _dir + "/state").status,
-        0);
     std::string sets = "set " + kCell + " userLabel a; set " + kEnb +
                        ",EUtranCellFDD=2 userLabel b; set " + kCell + " userLabel c; ";
-    Outcome kept = agent(sets + "notifications 2; notifications .*FDD=2; notifications 9; status",
-                         "--json --journal 4");
-    ASSERT_EQ(kept.status, 0) << kept.err;
-    std::vector<Json> answers = kept.answers();
-    ASSERT_EQ(answers.size(), 7u) << kept.out;
+    Outcome kept;
+    std::vector<Json> a =
+        answers(sets + "notifications 2; notifications .*FDD=2; notifications 9; status", 7,
+                "--journal 4", &kept);
     // Each set is a change of lastModification, then of userLabel.
     auto shown = [](const Json& answer) {
         Names result;
@@ -277,10 +266,10 @@ TEST_F(WatchProgramTest, JournalKeepsTheLastNotificationsNobodyWatched) {
     const std::string edited = R"( {"lastModification":"OPERATOR"})";
     const Names cell1 = {"EUtranCellFDD=1" + edited, R"(EUtranCellFDD=1 {"userLabel":"c"})"};
     const Names cell2 = {"EUtranCellFDD=2" + edited, R"(EUtranCellFDD=2 {"userLabel":"b"})"};
-    EXPECT_EQ(shown(answers[3]), cell1);
-    EXPECT_EQ(shown(answers[4]), cell2);
-    EXPECT_EQ(shown(answers[5]), (Names{cell2[0], cell2[1], cell1[0], cell1[1]}));
-    EXPECT_EQ(answers[6]["result"]["events"]["journal"],
+    EXPECT_EQ(shown(a[3]), cell1);
+    EXPECT_EQ(shown(a[4]), cell2);
+    EXPECT_EQ(shown(a[5]), (Names{cell2[0], cell2[1], cell1[0], cell1[1]}));
+    EXPECT_EQ(a[6]["result"]["events"]["journal"],
               Json::parse(R"({"kept":4,"capacity":4,"recorded":6})"));
     EXPECT_EQ((kept.out + kept.err).find("notif sending fails"), std::string::npos);
 

@@ -200,26 +200,13 @@ const Case kCases[] = {
         {"restarts: 1", "lastRestartMode: 2"}, {"error"}),
 };
 
-class OperatorTest : public ProgramFixture, public ::testing::WithParamInterface<Case> {
+class OperatorTest : public StationProgramFixture, public ::testing::WithParamInterface<Case> {
   protected:
-    void SetUp() override {
-        ProgramFixture::SetUp();
-        Outcome loaded =
-            program("--load " + kData + "/station/demo-station.xml --state " + _dir + "/state");
-        ASSERT_EQ(loaded.status, 0) << loaded.err;
-    }
-
-    std::string expand(std::string text) const {
-        const std::pair<std::string, std::string> names[] = {{"$DIR", _dir},
-                                                             {"$STATE", _dir + "/state"},
-                                                             {"$AGENT", VESK_AGENT_PATH},
-                                                             {"$DATA", kData}};
-        for (const auto& name : names) {
-            for (size_t at; (at = text.find(name.first)) != std::string::npos;) {
-                text.replace(at, name.first.size(), name.second);
-            }
-        }
-        return text;
+    std::string expand(const std::string& text) const {
+        return vesk::e2e::expand(text, {{"$DIR", _dir},
+                                        {"$STATE", _dir + "/state"},
+                                        {"$AGENT", VESK_AGENT_PATH},
+                                        {"$DATA", kData}});
     }
 
     // Reads the terminal into _out until `done` holds, it ends or ten quiet seconds pass; false

@@ -23,22 +23,17 @@ const std::string kPm = "ManagedElement=1,SystemFunctions=1,Pm=1";
 // Commands and log lines are written with short names: $E the LTE function, $N its network, $F
 // a frequency, $X an external cell, $M an MME, $C cell 1, $R a cell relation of cell 1, $P the PM
 // function, $G a PM group.
-std::string expand(std::string text) {
-    const std::pair<const char*, std::string> names[] = {
-        {"$F", kEnb + ",EUtraNetwork=1,EUtranFrequency="},
-        {"$X", kEnb + ",EUtraNetwork=1,ExternalENodeBFunction=1,ExternalEUtranCellFDD="},
-        {"$R", kCell + ",EUtranFreqRelation=1,EUtranCellRelation="},
-        {"$N", kEnb + ",EUtraNetwork=1"},
-        {"$M", kEnb + ",TermPointToMme="},
-        {"$C", kCell},
-        {"$E", kEnb},
-        {"$G", kPm + ",PmGroup=EUtranCellFDD"},
-        {"$P", kPm}};
-    for (const auto& [name, value] : names) {
-        for (size_t at = text.find(name); at != std::string::npos; at = text.find(name, at))
-            text.replace(at, 2, value);
-    }
-    return text;
+std::string expand(const std::string& text) {
+    return vesk::e2e::expand(
+        text, {{"$F", kEnb + ",EUtraNetwork=1,EUtranFrequency="},
+               {"$X", kEnb + ",EUtraNetwork=1,ExternalENodeBFunction=1,ExternalEUtranCellFDD="},
+               {"$R", kCell + ",EUtranFreqRelation=1,EUtranCellRelation="},
+               {"$N", kEnb + ",EUtraNetwork=1"},
+               {"$M", kEnb + ",TermPointToMme="},
+               {"$C", kCell},
+               {"$E", kEnb},
+               {"$G", kPm + ",PmGroup=EUtranCellFDD"},
+               {"$P", kPm}});
 }
 
 // A creation of a measurement reader under PM job `job` whose measurementSpecification names
@@ -79,14 +74,9 @@ void PrintTo(const Session& s, std::ostream* out) {
     *out << s.name;
 }
 
-class ValidationSessions : public ProgramFixture, public ::testing::WithParamInterface<Session> {
+class ValidationSessions : public StationProgramFixture,
+                           public ::testing::WithParamInterface<Session> {
   protected:
-    void SetUp() override {
-        ProgramFixture::SetUp();
-        Outcome loaded =
-            program("--state " + _dir + "/state --load " + kData + "/station/demo-station.xml");
-        ASSERT_EQ(loaded.status, 0) << loaded.err;
-    }
     // Runs `work` on the station's database while no host has it open.
     void onStation(const std::function<void()>& work) {
         std::string error;
@@ -101,10 +91,9 @@ TEST_P(ValidationSessions, RefusesWhatTheRuleForbidsAndCommitsTheNearestChange) 
     if (s.before) {
         ASSERT_NO_FATAL_FAILURE(onStation(s.before));
     }
-    Outcome o = agent(expand(s.commands), "--json --log-level info --log-file " + _dir + "/log");
-    ASSERT_EQ(o.status, 0) << o.err;
-    const std::vector<Json> a = o.answers();
-    ASSERT_EQ(a.size(), s.codes.size()) << o.out << o.err;
+    Outcome o;
+    const std::vector<Json> a = answers(expand(s.commands), s.codes.size(),
+                                        "--log-level info --log-file " + _dir + "/log", &o);
     for (size_t i = 0; i < a.size(); ++i) {
         if (s.codes[i] == 'H') {  // refused by the host from the model, the agent not asked
             EXPECT_EQ(a[i]["ok"], false) << a[i];

@@ -34,18 +34,12 @@ class WritePathTest : public HostFixture {
     void SetUp() override {
         vesk::isec::reset();
         HostFixture::SetUp();
-        if (HasFatalFailure())
-            return;
-        startOnStation(VESK_AGENT_PATH);
-        openShell();
+        if (!HasFatalFailure())
+            startAgentShell();
     }
     void TearDown() override {
         HostFixture::TearDown();
         vesk::isec::reset();
-    }
-    void ok(const std::string& command) {
-        Json answer = run(command);
-        ASSERT_EQ(answer["code"], "OrlOk") << command << "\n" << answer.dump();
     }
     Json get(const std::string& dn, const std::string& attribute) {
         return run("get " + dn + " " + attribute)["result"][attribute];
