@@ -138,6 +138,9 @@ TEST_F(BackupTest, RotationAndRefusals) {
         {"", kManager + " createBackup name=b1", -1, "OrlOk", ""},  // that name exists
         {"", kManager + " importBackup uri=sftp://x", -1, "OrlOk", ""},
         {"", kManager + " cancelCurrentAction", -1, "OrlOk", ""},  // nothing under way
+        {"", kManager + ",BrmBackup=1 cancelCurrentAction", -1, "OrlOk", ""},
+        {"", kManager + " export uri=sftp://x", -1, "OrlOk", ""},
+        {"", kManager + ",BrmBackup=1 export uri=sftp://x", -1, "OrlOk", ""},
         // At the limit the oldest (the demo's own, of 2026-11-20) goes before the new one.
         {"maxStoredManualBackups 2", kManager + " createBackup name=b2", 0, "OrlOk",
          "DELETE CREATE"},
@@ -145,6 +148,11 @@ TEST_F(BackupTest, RotationAndRefusals) {
         {"autoDelete 1", kManager + " createBackup name=b3", 0, "OrlOk", "DELETE CREATE"},
         {"", kManager + " deleteBackup name=b2", 0, "OrlOk", "DELETE"},
         {"peer swm refuse", kManager + " createBackup name=b5", -1, "OrlSendFailed", "CREATE"},
+        {"", kManager + " createBackup name=b6", 0, "OrlOk", "CREATE"},  // below the limit
+        {"maxStoredManualBackups 3", kManager + " createBackup name=b7", 0, "OrlOk", "CREATE"},
+        // Under a lowered limit every backup beyond it goes, oldest first.
+        {"maxStoredManualBackups 1", kManager + " createBackup name=b8", 0, "OrlOk",
+         "DELETE DELETE DELETE CREATE"},
     };
     for (const Row& row : rows) {
         SCOPED_TRACE(row.action);
@@ -168,8 +176,8 @@ TEST_F(BackupTest, RotationAndRefusals) {
             seen += (seen.empty() ? "" : " ") + shown[i]["operation"].get<std::string>();
         EXPECT_EQ(seen, row.requests);
     }
-    EXPECT_EQ(backupOf("b1"), "");  // the oldest when b3 came
-    EXPECT_NE(backupOf("b3"), "");
+    EXPECT_EQ(run("count " + kManager + " BrmBackup")["result"], 1);
+    EXPECT_NE(backupOf("b8"), "");
 }
 
 // A damaged archive, a component that fails mid-way and one that stays silent: the running
@@ -192,6 +200,11 @@ TEST_F(BackupTest, DamageFailureAndSilence) {
     EXPECT_EQ(backupAction(kManager + " createBackup name=b2"), 0);
     EXPECT_EQ(backupOf("b2"), "");
     EXPECT_EQ(run("peer swm show")["result"].back()["answer"]["info"], "failed mid-way");
+    // An answer naming another request is not taken: the wait ends as without one.
+    run("peer swm stale");
+    Json stale = act(kSwM + ",UpgradePackage=1 prepare");
+    EXPECT_EQ(stale["code"], "OrlFailure");
+    EXPECT_NE(stale["reasons"].dump().find("don't match request id"), std::string::npos);
     // No answer: the waits end (30 s and 10 s on the test's fast clock).
     run("peer swm silent");
     EXPECT_EQ(act(kSwM + ",UpgradePackage=1 prepare")["code"], "OrlFailure");
@@ -218,9 +231,17 @@ TEST_F(BackupTest, UpgradePackageThroughItsStates) {
     EXPECT_EQ(run("peer swm show")["result"].back()["answer"]["upgradePackageState"], 2);
 }
 
-// The host stops while a backup is being written; at the next start the half-made backup is
-// gone, nothing is active, and backups work again.
+// A backup cancelled while it is written; the host stops while another is being written; at the
+// next start the half-made backup is gone, nothing is active, and backups work again.
 TEST_F(BackupTest, HostRestartInTheMiddleOfABackup) {
+    run("peer swm slow 600000");
+    // A cancel on the backup under way ends it at once, and nothing of it stays.
+    EXPECT_EQ(act(kManager + " createBackup name=dropped")["result"]["result"], 0);
+    ASSERT_TRUE(eventually([&] { return !backupOf("dropped").empty(); }));
+    EXPECT_EQ(act(backupOf("dropped") + " cancelCurrentAction")["result"]["result"], 0);
+    ASSERT_EQ(run("peer swm wait")["ok"], true);
+    EXPECT_EQ(backupOf("dropped"), "");
+    EXPECT_EQ(run("peer swm show")["result"][0]["answer"]["code"], 4);
     run("peer swm slow 600000");
     EXPECT_EQ(act(kManager + " createBackup name=cut")["result"]["result"], 0);
     ASSERT_TRUE(eventually([&] { return !backupOf("cut").empty(); }));
