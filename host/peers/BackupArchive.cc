@@ -13,8 +13,10 @@ namespace peers {
 namespace {
 
 const char* const kManifest = "manifest.json";
+const char* const kLayouts = "layouts.bin";
 const char* const kObjects = "objects.bin";
-const int kFormat = 1;
+// 2: the layouts kept once, in their own entry (1 wrote one with each object).
+const int kFormat = 2;
 
 void putNumber(std::string* out, uint64_t value, int bytes) {
     for (int i = 0; i < bytes; ++i)
@@ -38,12 +40,22 @@ class Reader {
             *value |= static_cast<uint64_t>(static_cast<unsigned char>(_data[_at++])) << (8 * i);
         return true;
     }
-    bool text(std::string* out) {
-        uint64_t size = 0;
-        if (!number(&size, 4) || _data.size() - _at < size)
+    // The next text in place: valid while the data is.
+    bool view(const char** text, size_t* size) {
+        uint64_t length = 0;
+        if (!number(&length, 4) || _data.size() - _at < length)
             return false;
-        out->assign(_data, _at, size);
-        _at += size;
+        *text = _data.data() + _at;
+        *size = length;
+        _at += length;
+        return true;
+    }
+    bool text(std::string* out) {
+        const char* text = nullptr;
+        size_t size = 0;
+        if (!view(&text, &size))
+            return false;
+        out->assign(text, size);
         return true;
     }
     bool done() const { return _at == _data.size(); }
@@ -53,26 +65,46 @@ class Reader {
     size_t _at = 0;
 };
 
-std::string encodeObjects(const std::vector<db::ObjectPtr>& objects) {
+// One pass over the objects: each layout is kept once in `layouts`, each object's values refer
+// to it by id.
+std::string encodeObjects(const std::vector<db::ObjectPtr>& objects, db::Layouts* layouts) {
     std::string out;
-    out.reserve(objects.size() * 256);
+    out.reserve(objects.size() * 128);
     for (const db::ObjectPtr& object : objects) {
         putText(&out, object->fullDn);
         for (int64_t field : {int64_t(object->instance), int64_t(object->visible),
                               int64_t(object->flagB), int64_t(object->operationalState),
                               int64_t(object->adminState), int64_t(object->classInstance)})
             putNumber(&out, static_cast<uint64_t>(field), 8);
-        // Each object carries its own layout: an archive is read whole, never from the store.
-        putText(&out, db::Layouts::bodyOf(*object));
-        putText(&out, db::encodeAttributes(*object, 1));
+        putText(&out, db::encodeAttributes(*object, layouts->idOf(db::Layouts::bodyOf(*object))));
     }
     return out;
 }
 
-bool decodeObject(Reader& in, db::StoredObject* object) {
+std::string encodeLayouts(const db::Layouts& layouts) {
+    std::string out;
+    for (const auto& entry : layouts.pending()) {
+        putNumber(&out, entry.first, 4);
+        putText(&out, entry.second);
+    }
+    return out;
+}
+
+bool decodeLayouts(const std::string& data, db::Layouts* layouts) {
+    Reader in(data);
+    while (!in.done()) {
+        uint64_t id = 0;
+        const char* body = nullptr;
+        size_t size = 0;
+        if (!in.number(&id, 4) || !in.view(&body, &size) ||
+            !layouts->load(static_cast<uint32_t>(id), body, size))
+            return false;
+    }
+    return true;
+}
+
+bool decodeObject(Reader& in, const db::Layouts& layouts, db::StoredObject* object) {
     uint64_t fields[6];
-    std::string layout;
-    std::string attributes;
     if (!in.text(&object->fullDn))
         return false;
     for (uint64_t& field : fields) {
@@ -85,10 +117,9 @@ bool decodeObject(Reader& in, db::StoredObject* object) {
     object->operationalState = static_cast<int>(fields[3]);
     object->adminState = static_cast<int>(fields[4]);
     object->classInstance = static_cast<int>(fields[5]);
-    db::Layouts layouts;
-    return in.text(&layout) && in.text(&attributes) &&
-           layouts.load(1, layout.data(), layout.size()) &&
-           db::decodeAttributes(attributes.data(), attributes.size(), layouts, object);
+    const char* attributes = nullptr;
+    size_t size = 0;
+    return in.view(&attributes, &size) && db::decodeAttributes(attributes, size, layouts, object);
 }
 
 std::string zipError(zip_t* archive) {
@@ -140,7 +171,9 @@ bool writeBackupArchive(const std::string& path, const std::vector<db::ObjectPtr
                         std::string* error) {
     manifest["format"] = kFormat;
     manifest["objects"] = objects.size();
-    const std::string data = encodeObjects(objects);
+    db::Layouts layouts;
+    const std::string data = encodeObjects(objects, &layouts);
+    const std::string shapes = encodeLayouts(layouts);
     const std::string head = manifest.dump(2);
     int code = 0;
     zip_t* archive = zip_open(path.c_str(), ZIP_CREATE | ZIP_TRUNCATE, &code);
@@ -153,6 +186,7 @@ bool writeBackupArchive(const std::string& path, const std::vector<db::ObjectPtr
     }
     // Fast compression: the archive is written while the station keeps serving.
     if (!addEntry(archive, kManifest, head, 6, error) ||
+        !addEntry(archive, kLayouts, shapes, 6, error) ||
         !addEntry(archive, kObjects, data, 1, error)) {
         zip_discard(archive);
         return false;
@@ -188,8 +222,7 @@ bool readBackupArchive(const std::string& path, std::vector<db::StoredObject>* o
     std::unique_ptr<zip_t, void (*)(zip_t*)> guard(archive, zip_discard);
     std::string head;
     std::string data;
-    if (!readEntry(archive, kManifest, &head, error) ||
-        !readEntry(archive, kObjects, &data, error)) {
+    if (!readEntry(archive, kManifest, &head, error)) {
         *error = path + ": " + *error;
         return false;
     }
@@ -199,13 +232,26 @@ bool readBackupArchive(const std::string& path, std::vector<db::StoredObject>* o
         *error = path + ": " + kManifest + " is not one of this format";
         return false;
     }
+    db::Layouts layouts;
+    if (!readEntry(archive, kLayouts, &data, error)) {
+        *error = path + ": " + *error;
+        return false;
+    }
+    if (!decodeLayouts(data, &layouts)) {
+        *error = path + ": " + kLayouts + " does not decode";
+        return false;
+    }
+    if (!readEntry(archive, kObjects, &data, error)) {
+        *error = path + ": " + *error;
+        return false;
+    }
     size_t count = (*manifest)["objects"].get<size_t>();
     Reader in(data);
     objects->clear();
     objects->reserve(count);
     while (!in.done()) {
         objects->emplace_back();
-        if (objects->size() > count || !decodeObject(in, &objects->back())) {
+        if (objects->size() > count || !decodeObject(in, layouts, &objects->back())) {
             *error = path + ": object " + std::to_string(objects->size()) + " does not decode";
             return false;
         }

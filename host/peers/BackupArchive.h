@@ -1,8 +1,9 @@
 // The backup archive of the software management peer: a zip file (written and read with libzip)
-// holding "manifest.json" (format, object count, what the backup is) and "objects.bin", every
-// object of the station database in insertion order (dn, fields, attributes in the store's own
-// encoding). Each entry carries the zip's CRC-32; reading checks it, the archive's consistency
-// and the count, so that a damaged archive is refused whole.
+// holding "manifest.json" (format, object count, what the backup is), "layouts.bin", each
+// attribute layout once (id, body), and "objects.bin", every object of the station database in
+// insertion order (dn, fields, attributes in the store's own encoding, naming a layout by id).
+// Each entry carries the zip's CRC-32; reading checks it, the archive's consistency and the
+// count, so that a damaged archive is refused whole.
 #pragma once
 
 #include <functional>

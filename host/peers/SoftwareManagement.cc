@@ -15,7 +15,7 @@ namespace peers {
 using namespace VESK::Messages;
 
 SoftwareManagement::SoftwareManagement(Host& host)
-    : Peer("swm", 7, {"ok", "refuse", "silent", "fail", "slow"}), _host(host) {
+    : Peer("swm", 7, {"ok", "refuse", "silent", "fail", "stale", "slow"}), _host(host) {
     _thread = std::thread([this] { run(); });
 }
 
@@ -28,7 +28,7 @@ std::string SoftwareManagement::storePath() {
 }
 
 std::string SoftwareManagement::usage() const {
-    return "show|wait|ok|refuse|silent|fail|slow MS";
+    return "show|wait|ok|refuse|silent|fail|stale|slow MS";
 }
 
 bool SoftwareManagement::command(const Words& words, Json* result, std::string* error) {

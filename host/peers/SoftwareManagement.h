@@ -9,7 +9,8 @@
 //
 // Behaviours (`peer swm ...`): ok (the default), refuse (the send fails), silent (takes the
 // request, does nothing, never answers), fail (starts the work and fails mid-way, answering
-// false), slow MS (as ok, the work taking MS milliseconds longer, through the station's sleep).
+// false), stale (as ok, but a package command's answer carries another request's id), slow MS
+// (as ok, the work taking MS milliseconds longer, through the station's sleep).
 // `peer swm show` lists the requests with what became of them; `peer swm wait` waits (up to a
 // minute) until every request received has been handled and its answer taken by the agent.
 #pragma once

@@ -97,7 +97,8 @@ void SoftwareManagement::packageCommand(const VESK::Messages::VESK_SwmCmd& reque
     const std::string dn = packageInProgress();
     const int state = numberOf(dn, "state", 0);
     VESK::Messages::VESK_SwOssUpdateResp reply;
-    reply.requestId = request.requestId;
+    // A stale answer names the request before this one.
+    reply.requestId = request.requestId - (behaviour() == "stale" ? 1 : 0);
     reply.upgradePackageState = kAnswerFinished;
     std::string info = "state " + std::to_string(state) + " does not take " + request.commandName;
     if (request.command == 5) {

@@ -111,30 +111,37 @@ bool Engine::commitOverlay(const Overlay& overlay, const char* fn) {
     return true;
 }
 
+// The seq is taken with the pointer, so that the sort (outside the lock) reads no object.
 std::vector<ObjectPtr> Engine::snapshot() {
-    std::vector<ObjectPtr> objects;
+    std::vector<std::pair<uint64_t, ObjectPtr>> bySeq;
     {
         std::shared_lock<std::shared_mutex> lock(_stateMutex);
-        objects.reserve(_state.size());
-        _state.forEach([&objects](const ObjectPtr& object) { objects.push_back(object); });
+        bySeq.reserve(_state.size());
+        _state.forEach(
+            [&bySeq](const ObjectPtr& object) { bySeq.emplace_back(object->seq, object); });
     }
-    std::sort(objects.begin(), objects.end(),
-              [](const ObjectPtr& a, const ObjectPtr& b) { return a->seq < b->seq; });
+    std::sort(bySeq.begin(), bySeq.end(),
+              [](const auto& a, const auto& b) { return a.first < b.first; });
+    std::vector<ObjectPtr> objects;
+    objects.reserve(bySeq.size());
+    for (auto& entry : bySeq)
+        objects.push_back(std::move(entry.second));
     return objects;
 }
 
 bool Engine::replace(std::vector<StoredObject> objects,
                      const std::function<bool(const std::string&)>& keep, std::string* error) {
     std::lock_guard<std::mutex> commitLock(_commitMutex);
-    std::vector<ObjectPtr> kept = snapshot();
+    // The state changes only under the commit lock: it is read here without a copy.
     std::vector<uint64_t> removes;
     CommittedState fresh;
-    for (const ObjectPtr& object : kept) {
+    _state.forEach([&](const ObjectPtr& object) {
         if (keep(object->fullDn))
             fresh.put(object);
         else
             removes.push_back(object->seq);
-    }
+    });
+    std::sort(removes.begin(), removes.end());  // the store's pages in order
     uint64_t seq = _state.nextSeq();
     std::vector<ObjectPtr> puts;
     for (StoredObject& object : objects) {

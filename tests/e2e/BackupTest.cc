@@ -26,7 +26,6 @@ class BackupTest : public HostFixture {
     void SetUp() override {
         HostFixture::SetUp();
         _store = _dir + "/backups";
-        setenv("VESK_BRM_BACKUP_PATH", _store.c_str(), 1);
         std::filesystem::create_directories(_store);
         vesk::station::setTimeScale(0.01);
         startAgentShell();
@@ -34,7 +33,6 @@ class BackupTest : public HostFixture {
     void TearDown() override {
         HostFixture::TearDown();
         vesk::station::setTimeScale(1);
-        unsetenv("VESK_BRM_BACKUP_PATH");
     }
     Json act(const std::string& dnAndName) { return run("action " + dnAndName); }
     // The action's INT32 result, once the component has answered it and the agent has taken
@@ -137,6 +135,9 @@ TEST_F(BackupTest, RotationAndRefusals) {
         {"", kManager + " createBackup name=b1", -1, "OrlOk", ""},  // that name exists
         {"", kManager + " importBackup uri=sftp://x", -1, "OrlOk", ""},
         {"", kManager + " cancelCurrentAction", -1, "OrlOk", ""},  // nothing under way
+        {"", kManager + ",BrmBackup=1 cancelCurrentAction", -1, "OrlOk", ""},
+        {"", kManager + " export uri=sftp://x", -1, "OrlOk", ""},
+        {"", kManager + ",BrmBackup=1 export uri=sftp://x", -1, "OrlOk", ""},
         // At the limit the oldest (the demo's own, of 2026-11-20) goes before the new one.
         {"maxStoredManualBackups 2", kManager + " createBackup name=b2", 0, "OrlOk",
          "DELETE CREATE"},
@@ -144,6 +145,11 @@ TEST_F(BackupTest, RotationAndRefusals) {
         {"autoDelete 1", kManager + " createBackup name=b3", 0, "OrlOk", "DELETE CREATE"},
         {"", kManager + " deleteBackup name=b2", 0, "OrlOk", "DELETE"},
         {"peer swm refuse", kManager + " createBackup name=b5", -1, "OrlSendFailed", "CREATE"},
+        {"", kManager + " createBackup name=b6", 0, "OrlOk", "CREATE"},  // below the limit
+        {"maxStoredManualBackups 3", kManager + " createBackup name=b7", 0, "OrlOk", "CREATE"},
+        // Under a lowered limit every backup beyond it goes, oldest first.
+        {"maxStoredManualBackups 1", kManager + " createBackup name=b8", 0, "OrlOk",
+         "DELETE DELETE DELETE CREATE"},
     };
     for (const Row& row : rows) {
         SCOPED_TRACE(row.action);
@@ -167,8 +173,8 @@ TEST_F(BackupTest, RotationAndRefusals) {
             seen += (seen.empty() ? "" : " ") + shown[i]["operation"].get<std::string>();
         EXPECT_EQ(seen, row.requests);
     }
-    EXPECT_EQ(backupOf("b1"), "");  // the oldest when b3 came
-    EXPECT_NE(backupOf("b3"), "");
+    EXPECT_EQ(run("count " + kManager + " BrmBackup")["result"], 1);
+    EXPECT_NE(backupOf("b8"), "");
 }
 
 // A damaged archive, a component that fails mid-way and one that stays silent: the running
@@ -191,6 +197,11 @@ TEST_F(BackupTest, DamageFailureAndSilence) {
     EXPECT_EQ(backupAction(kManager + " createBackup name=b2"), 0);
     EXPECT_EQ(backupOf("b2"), "");
     EXPECT_EQ(run("peer swm show")["result"].back()["answer"]["info"], "failed mid-way");
+    // An answer naming another request is not taken: the wait ends as without one.
+    run("peer swm stale");
+    Json stale = act(kSwM + ",UpgradePackage=1 prepare");
+    EXPECT_EQ(stale["code"], "OrlFailure");
+    EXPECT_NE(stale["reasons"].dump().find("don't match request id"), std::string::npos);
     // No answer: the waits end (30 s and 10 s on the test's fast clock).
     run("peer swm silent");
     EXPECT_EQ(act(kSwM + ",UpgradePackage=1 prepare")["code"], "OrlFailure");
@@ -217,9 +228,17 @@ TEST_F(BackupTest, UpgradePackageThroughItsStates) {
     EXPECT_EQ(run("peer swm show")["result"].back()["answer"]["upgradePackageState"], 2);
 }
 
-// The host stops while a backup is being written; at the next start the half-made backup is
-// gone, nothing is active, and backups work again.
+// A backup cancelled while it is written; the host stops while another is being written; at the
+// next start the half-made backup is gone, nothing is active, and backups work again.
 TEST_F(BackupTest, HostRestartInTheMiddleOfABackup) {
+    run("peer swm slow 600000");
+    // A cancel on the backup under way ends it at once, and nothing of it stays.
+    EXPECT_EQ(act(kManager + " createBackup name=dropped")["result"]["result"], 0);
+    ASSERT_TRUE(eventually([&] { return !textOf(kManager, "activeBackup").empty(); }));
+    EXPECT_EQ(act(backupOf("dropped") + " cancelCurrentAction")["result"]["result"], 0);
+    ASSERT_EQ(run("peer swm wait")["ok"], true);
+    EXPECT_EQ(backupOf("dropped"), "");
+    EXPECT_EQ(run("peer swm show")["result"][0]["answer"]["code"], 4);
     run("peer swm slow 600000");
     EXPECT_EQ(act(kManager + " createBackup name=cut")["result"]["result"], 0);
     ASSERT_TRUE(eventually([&] { return !backupOf("cut").empty(); }));

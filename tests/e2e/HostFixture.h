@@ -80,15 +80,20 @@ inline bool eventually(const std::function<bool()>& done) {
     return done();
 }
 
-// A folder of the test's own; the fixture removes it with everything in it.
+// A folder of the test's own; the fixture removes it with everything in it. The backup store
+// is its "backups" folder, never the station's own.
 class TempDirFixture : public ::testing::Test {
   protected:
     void SetUp() override {
         char pattern[] = "/tmp/vesk-e2e-XXXXXX";
         ASSERT_NE(mkdtemp(pattern), nullptr);
         _dir = pattern;
+        setenv("VESK_BRM_BACKUP_PATH", (_dir + "/backups").c_str(), 1);
     }
-    void TearDown() override { std::filesystem::remove_all(_dir); }
+    void TearDown() override {
+        unsetenv("VESK_BRM_BACKUP_PATH");
+        std::filesystem::remove_all(_dir);
+    }
 
     std::string _dir;
 };
