@@ -9,7 +9,7 @@ namespace db {
 
 namespace {
 
-const char* kReservedBy = "reservedBy";
+const char* kReservedByName = "reservedBy";
 
 void splitInto(const std::string& text, std::vector<std::string>* out) {
     size_t begin = 0;
@@ -45,7 +45,7 @@ void eraseFrom(Map& map, const Key& key, Erase erase) {
 std::vector<std::string> referencesOf(const StoredObject& object) {
     std::vector<std::string> out;
     for (const StoredAttribute& a : object.attributes.items()) {
-        if (a.name == kReservedBy || a.value.which() != AV_STRING)
+        if (a.name == kReservedByName || a.value.which() != AV_STRING)
             continue;
         if (a.type == IPCData::AVT_REFERENCE) {
             const std::string& dn = boost::get<std::string>(a.value);

@@ -17,7 +17,7 @@ const std::string kEp = "ManagedElement=1,SystemFunctions=1,PmEventM=1,EventProd
 
 // $F an FDD cell, $W a WCDMA cell, $J an event job, $E the event producer, $P the PM function,
 // $N the LTE node.
-std::string expand(std::string text) {
+std::string expandNames(std::string text) {
     const std::pair<const char*, std::string> names[] = {
         {"$F", kEnb + ",EUtranCellFDD="},
         {"$W", "ManagedElement=1,NodeBFunction=1,NodeBLocalCellGroup=1,NodeBLocalCell="},
@@ -49,7 +49,7 @@ class CellsAndPm : public ProgramFixture {
     void run(const Checks& checks) {
         std::string commands;
         for (const auto& check : checks)
-            commands += (commands.empty() ? "" : "; ") + expand(check.first);
+            commands += (commands.empty() ? "" : "; ") + expandNames(check.first);
         Outcome o = agent(commands, "--json");
         ASSERT_EQ(o.status, 0) << o.err;
         const std::vector<Json> a = o.answers();
@@ -64,7 +64,7 @@ class CellsAndPm : public ProgramFixture {
                 EXPECT_TRUE(a[i].value("ok", false)) << a[i];
                 if (!expected.empty()) {
                     EXPECT_EQ(result.is_string() ? std::string(result) : result.dump(),
-                              expand(expected));
+                              expandNames(expected));
                 }
                 continue;
             }
@@ -72,7 +72,7 @@ class CellsAndPm : public ProgramFixture {
             EXPECT_EQ(a[i].value("code", "OrlValidationFailed"), "OrlValidationFailed");
             const Json& said = a[i]["messages"].empty() ? a[i]["reasons"] : a[i]["messages"];
             EXPECT_EQ(said.empty() ? a[i].value("error", "") : std::string(said[0]),
-                      expand(expected.substr(1)));
+                      expandNames(expected.substr(1)));
         }
     }
 };

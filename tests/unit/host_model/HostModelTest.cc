@@ -15,7 +15,7 @@
 namespace vesk::host {
 namespace {
 
-const std::string kData = VESK_DATA_DIR;
+const std::string kModelData = VESK_DATA_DIR;
 
 class HostModelTest : public ::testing::Test {
   protected:
@@ -58,7 +58,7 @@ TEST_F(HostModelTest, TheLoadedModelReplacesTheStubRecords) {
     EXPECT_EQ(host.model(), nullptr);
     EXPECT_EQ(record3(host)->getMocByDn("RbsUnit=1", &moc), OrlNotExist) << "still the stub";
 
-    ASSERT_TRUE(host.loadModel(kData + "/model", &error)) << error;
+    ASSERT_TRUE(host.loadModel(kModelData + "/model", &error)) << error;
     ASSERT_NE(host.model(), nullptr);
     EXPECT_EQ(record3(host)->getMocByDn("RbsUnit=1", &moc), 0);
     EXPECT_EQ(moc, model::makeHandle(model::Kind::kMoc, host.model()->mocByClass("RbsUnit")));
@@ -72,8 +72,8 @@ TEST_F(HostModelTest, OptionsPointAtTheModelTheInstanceFileAndTheStation) {
         << "--load needs no plug-in: " << error;
     EXPECT_EQ(options.loadStation, "/d/demo.xml");
     EXPECT_EQ(options.stationObjects, "/d/station-objects.xml");
-    EXPECT_EQ(options.modelDirectory, kData + "/model");
-    EXPECT_EQ(options.systemCreatedMos, kData + "/conf/system_created_MOs.xml");
+    EXPECT_EQ(options.modelDirectory, kModelData + "/model");
+    EXPECT_EQ(options.systemCreatedMos, kModelData + "/conf/system_created_MOs.xml");
 
     args = {"vesk-host", "-p",     "a.so",  "--model",           "/m",    "--system-created-mos",
             "/c.xml",    "--load", "x.xml", "--station-objects", "/o.xml"};
@@ -85,7 +85,7 @@ TEST_F(HostModelTest, OptionsPointAtTheModelTheInstanceFileAndTheStation) {
 
 TEST_F(HostModelTest, VeskHostLoadsTheDemoOnceAndStopsOnABadModel) {
     std::string output;
-    std::string load = "--load " + kData + "/station/demo-station.xml --state " + _dir + "/s";
+    std::string load = "--load " + kModelData + "/station/demo-station.xml --state " + _dir + "/s";
     EXPECT_EQ(runHost(load, &output), 0) << output;
     EXPECT_NE(output.find("vesk-host: loaded "), std::string::npos) << output;
     EXPECT_NE(output.find(" objects into " + _dir + "/s\n"), std::string::npos) << output;
