@@ -16,50 +16,52 @@ thread_local uint64_t t_bound = 0;
 const char kProtocolVariable[] = "TibSessionVariableProtocol_1";
 const char kUserVariable[] = "TibSessionVariableUsername_1";
 
-Sessions* live() {
+Sessions* liveSessions() {
     return g_sessions.load();
 }
 
 OrlReturnT c_create(uint64_t* out) {
-    if (live() == nullptr || out == nullptr) {
+    if (liveSessions() == nullptr || out == nullptr) {
         return OrlFailure;
     }
-    *out = live()->open(kProtocolUnknown, "");
+    *out = liveSessions()->open(kProtocolUnknown, "");
     return OrlOk;
 }
 
 OrlReturnT c_getBound(uint64_t* out) {
-    return live() != nullptr && out != nullptr ? live()->bound(out) : OrlFailure;
+    return liveSessions() != nullptr && out != nullptr ? liveSessions()->bound(out) : OrlFailure;
 }
 
 OrlReturnT c_bind(uint64_t session) {
-    return live() != nullptr ? live()->bind(session) : OrlFailure;
+    return liveSessions() != nullptr ? liveSessions()->bind(session) : OrlFailure;
 }
 
 OrlReturnT c_unbind() {
-    if (live() == nullptr) {
+    if (liveSessions() == nullptr) {
         return OrlFailure;
     }
-    live()->unbind();
+    liveSessions()->unbind();
     return OrlOk;
 }
 
 OrlReturnT c_register(OrlMgmtSpiSessionCallback_1 created, OrlMgmtSpiSessionCallback_1 destroyed,
                       uint64_t* registration) {
-    return live() != nullptr ? live()->registerCallbacks(created, destroyed, registration)
-                             : OrlFailure;
+    return liveSessions() != nullptr
+               ? liveSessions()->registerCallbacks(created, destroyed, registration)
+               : OrlFailure;
 }
 
 OrlReturnT c_unregister(uint64_t registration) {
-    return live() != nullptr ? live()->unregisterCallbacks(registration) : OrlFailure;
+    return liveSessions() != nullptr ? liveSessions()->unregisterCallbacks(registration)
+                                     : OrlFailure;
 }
 
 OrlReturnT c_destroy(uint64_t session) {
-    return live() != nullptr ? live()->close(session) : OrlFailure;
+    return liveSessions() != nullptr ? liveSessions()->close(session) : OrlFailure;
 }
 
 OrlReturnT c_getVariable(uint64_t session, const char* name, void* out) {
-    return live() != nullptr ? live()->variable(session, name, out) : OrlFailure;
+    return liveSessions() != nullptr ? liveSessions()->variable(session, name, out) : OrlFailure;
 }
 
 }  // namespace

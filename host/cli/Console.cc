@@ -25,7 +25,7 @@ namespace {
 const char* const kPrompt = "vesk> ";
 
 // The one of `signals` that is pending (taken), or 0.
-int signalled(const sigset_t& signals) {
+int consoleSignalled(const sigset_t& signals) {
     timespec now{0, 0};
     int taken = sigtimedwait(&signals, nullptr, &now);
     return taken > 0 ? taken : 0;
@@ -54,7 +54,7 @@ int readLines(Shell& shell, const sigset_t& signals) {
     std::string pending;
     char buffer[4096];
     while (!shell.stopped()) {
-        if (int signal = signalled(signals)) {
+        if (int signal = consoleSignalled(signals)) {
             return signal;
         }
         shell.poll();
@@ -149,7 +149,7 @@ int editLines(Shell& shell, const sigset_t& signals) {
     rl_callback_handler_install(kPrompt, onEditedLine);
     int ended = 0;
     while (!g_inputEnded && !shell.stopped()) {
-        int signal = signalled(signals);
+        int signal = consoleSignalled(signals);
         if (signal == SIGTERM || (signal == SIGINT && interrupt())) {
             ended = signal;
             break;

@@ -13,7 +13,7 @@ const char kInterface[] = "OrlOamSpiModelRepository";
 
 std::atomic<const ModelSchema*> g_live{nullptr};
 
-const ModelTables* live() {
+const ModelTables* liveTables() {
     const ModelSchema* schema = g_live.load(std::memory_order_acquire);
     return schema != nullptr ? &schema->tables() : nullptr;
 }
@@ -39,7 +39,7 @@ OrlReturnT give(Kind kind, Id id, uint64_t* out) {
 template <typename T, typename Out, typename Answer>
 OrlReturnT ask(uint64_t handle, Kind kind, std::vector<T> ModelTables::*member, Out* out,
                Answer answer) {
-    const ModelTables* tables = live();
+    const ModelTables* tables = liveTables();
     if (tables == nullptr || out == nullptr) {
         return OrlFailure;
     }

@@ -23,7 +23,7 @@ namespace {
 
 constexpr char kStream[] = "NETCONF";
 
-const lyd_node* childNamed(const lyd_node* node, const char* name) {
+const lyd_node* subscriptionChild(const lyd_node* node, const char* name) {
     for (const lyd_node* child = firstChild(node); child != nullptr; child = child->next) {
         if (nodeName(child) == name) {
             return child;
@@ -65,7 +65,7 @@ bool chooses(const lyd_node* node, const cli::Json& json) {
     for (const lyd_node* match = firstChild(node); match != nullptr; match = match->next) {
         const std::string field = nodeName(match);
         if (field == "attribute") {
-            const lyd_node* name = childNamed(match, "name");
+            const lyd_node* name = subscriptionChild(match, "name");
             if (name != nullptr &&
                 !json.value("attributes", cli::Json::object()).contains(nodeValue(name))) {
                 return false;
@@ -114,12 +114,12 @@ nc_server_reply* createSubscription(NetconfServer& server, const lyd_node* rpc,
                                     nc_session* session) {
     const ly_ctx* context = LYD_CTX(rpc);
     auto* data = static_cast<NetconfSession*>(nc_session_get_data(session));
-    const lyd_node* stream = childNamed(rpc, "stream");
+    const lyd_node* stream = subscriptionChild(rpc, "stream");
     if (stream != nullptr && nodeValue(stream) != kStream) {
         return errorReply(context, NC_ERR_INVALID_VALUE,
                           "no stream " + nodeValue(stream) + " (this server has NETCONF)");
     }
-    if (childNamed(rpc, "startTime") != nullptr) {
+    if (subscriptionChild(rpc, "startTime") != nullptr) {
         return errorReply(context, NC_ERR_OP_FAILED,
                           "this server keeps no notifications to replay");
     }
@@ -128,11 +128,11 @@ nc_server_reply* createSubscription(NetconfServer& server, const lyd_node* rpc,
     }
     Filter filter;
     std::string error;
-    if (!readFilter(childNamed(rpc, "filter"), server.model(), &filter, &error)) {
+    if (!readFilter(subscriptionChild(rpc, "filter"), server.model(), &filter, &error)) {
         return errorReply(context, NC_ERR_INVALID_VALUE, error);
     }
     // A subtree filter is kept as given and matched field by field.
-    const lyd_node* filterNode = childNamed(rpc, "filter");
+    const lyd_node* filterNode = subscriptionChild(rpc, "filter");
     std::shared_ptr<lyd_node> subtree;
     const auto* any = reinterpret_cast<const lyd_node_any*>(filterNode);
     if (filterNode != nullptr && netconfAttribute(filterNode, "type") != "xpath" &&

@@ -92,12 +92,12 @@ int claimSlot(ObjectImplementer* oi) {
     throw std::logic_error("no free object implementer slot");
 }
 
-bool needsQuotes(const std::string& text) {
+bool implementerNeedsQuotes(const std::string& text) {
     return text.empty() || text.find_first_of(" \t\",;[]{}=\\") != std::string::npos;
 }
 
-std::string quoted(const std::string& text) {
-    if (!needsQuotes(text)) {
+std::string implementerQuoted(const std::string& text) {
+    if (!implementerNeedsQuotes(text)) {
         return text;
     }
     std::string out = "\"";
@@ -136,12 +136,13 @@ std::string slotText(int32_t type, const OrlMoAttributeValue_3& slot, bool versi
             return std::to_string(slot.decimal64);
         case OrlOamSpiMoAttributeType_3_STRING:
         case OrlOamSpiMoAttributeType_3_REFERENCE:
-            return slot.theString == nullptr ? "-" : quoted(slot.theString);
+            return slot.theString == nullptr ? "-" : implementerQuoted(slot.theString);
         case OrlOamSpiMoAttributeType_3_STRUCT: {
             std::string text = "{";
             for (auto* m = slot.structMember; m != nullptr; m = m->nextMember) {
-                text += (text.size() > 1 ? ", " : "") + quoted(m->memberName ? m->memberName : "") +
-                        "=" + containerText(m->memberValue, version1);
+                text += (text.size() > 1 ? ", " : "") +
+                        implementerQuoted(m->memberName ? m->memberName : "") + "=" +
+                        containerText(m->memberValue, version1);
             }
             return text + "}";
         }
@@ -339,9 +340,10 @@ OrlReturnT ObjectImplementer::onCreate(OrlTxHandleT tx, const char* parentDn, co
                      "=" + (keyValue ? keyValue : "");
     std::string values;
     for (size_t i = 0; attributes != nullptr && attributes[i] != nullptr; ++i) {
-        values += (values.empty() ? "" : ", ") +
-                  quoted(attributes[i]->attributeName ? attributes[i]->attributeName : "") + "=" +
-                  containerText(&attributes[i]->attributeValue, false);
+        values +=
+            (values.empty() ? "" : ", ") +
+            implementerQuoted(attributes[i]->attributeName ? attributes[i]->attributeName : "") +
+            "=" + containerText(&attributes[i]->attributeValue, false);
     }
     (void)keyName;
     return record(Received{"createMo", tx, dn, "", values, OrlOk});

@@ -56,7 +56,7 @@ std::string packageInProgress() {
     return found;
 }
 
-Value enumeration(int value) {
+Value upgradeEnumeration(int value) {
     return number(value, IPCData::AVT_ENUM);
 }
 
@@ -75,11 +75,11 @@ void SoftwareManagement::createPackage(const VESK::Messages::VESK_InitialiseSWRe
     if (reply.failureCode == 0 && pace() && !failing() &&
         createObject(kSwMDn, rdn,
                      {{"upgradePackageId", text(std::to_string(id))},
-                      {"state", enumeration(kInitialized)},
+                      {"state", upgradeEnumeration(kInitialized)},
                       {"uri", text(request.uri)}},
                      {{"actionName", text(request.actionName)},
-                      {"state", enumeration(kAnswerFinished)},
-                      {"result", enumeration(1)},
+                      {"state", upgradeEnumeration(kAnswerFinished)},
+                      {"result", upgradeEnumeration(1)},
                       {"progressInfo", text("Upgrade package created from " + request.uri)},
                       {"timeActionCompleted", text(now())}})) {
         reply.success = true;
@@ -110,16 +110,16 @@ void SoftwareManagement::packageCommand(const VESK::Messages::VESK_SwmCmd& reque
     }
     for (const Step& step : kSteps) {
         if (request.command != 5 && step.command == request.command && step.from == state) {
-            update(dn, {{"state", enumeration(step.during)}});
+            update(dn, {{"state", upgradeEnumeration(step.during)}});
             reply.success = pace() && !failing();
-            update(dn, {{"state", enumeration(reply.success ? step.to : state)}});
+            update(dn, {{"state", upgradeEnumeration(reply.success ? step.to : state)}});
             info = reply.success ? "state " + std::to_string(step.to) : "failed, state kept";
             break;
         }
     }
     updateReport(dn, {{"actionName", text(request.commandName)},
-                      {"state", enumeration(kAnswerFinished)},
-                      {"result", enumeration(reply.success ? 1 : 2)},
+                      {"state", upgradeEnumeration(kAnswerFinished)},
+                      {"result", upgradeEnumeration(reply.success ? 1 : 2)},
                       {"progressInfo", text(info)},
                       {"timeActionCompleted", text(now())}});
     answer(reply, record,

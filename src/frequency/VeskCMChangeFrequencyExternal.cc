@@ -15,8 +15,8 @@ using frequency::parentOf;
 using frequency::readInt;
 using frequency::readText;
 
-const char* const kFrequencyLimitText = "Maximum number of EUtranFrequency MOs in use";
-const char* const kRelationLimitText = "Maximum number of EUtranFreqRelation MOs in use";
+const char* const kExternalFrequencyLimitText = "Maximum number of EUtranFrequency MOs in use";
+const char* const kExternalRelationLimitText = "Maximum number of EUtranFreqRelation MOs in use";
 const char* const kSameChannelText = "arfcnValueUtranDl values are same, no need to change";
 
 }  // namespace
@@ -34,17 +34,17 @@ int VeskCMChangeFrequency::changeExternalLTECellFrequency(std::string dn, int ea
     deleteMos(dn, current);
     std::string newFrequency;
     if (createEUtranFrequency(earfcn, newFrequency) == 0) {
-        VESK_INFO("VeskCMChangeFrequency::%s %s", __func__, kFrequencyLimitText);
+        VESK_INFO("VeskCMChangeFrequency::%s %s", __func__, kExternalFrequencyLimitText);
         if (result != nullptr) {
-            *result = kFrequencyLimitText;
+            *result = kExternalFrequencyLimitText;
         }
         rollback();
         return -10;
     }
     if (!relinkExternalNeighbours(dn, newFrequency)) {
-        VESK_INFO("VeskCMChangeFrequency::%s %s", __func__, kRelationLimitText);
+        VESK_INFO("VeskCMChangeFrequency::%s %s", __func__, kExternalRelationLimitText);
         if (result != nullptr) {
-            *result = kRelationLimitText;
+            *result = kExternalRelationLimitText;
         }
         rollback();
         return -10;

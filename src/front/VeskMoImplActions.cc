@@ -23,7 +23,7 @@ namespace TibVeskCM {
 namespace {
 
 const int32_t kIntegratedPhase = 4;
-const int kResetComponent = 9;
+const int kResetComponentId = 9;
 const char* const kRbsUnitDn = "ManagedElement=1,Equipment=1,RbsUnit=1";
 const char* const kWifiModuleDn = "ManagedElement=1,Equipment=1,RbsUnit=1,WifiModule=1";
 const char* const kSwMDn = "ManagedElement=1,SystemFunctions=1,SwM=1";
@@ -109,7 +109,7 @@ int sendReset(int32_t cause) {
     VESK::Messages::VESK_ResetRBS reset;
     reset.resetCause = cause;
     reset.resetKind = 1;
-    return VESK::Framework::Messaging::sendVeskMessage(kResetComponent, reset);
+    return VESK::Framework::Messaging::sendVeskMessage(kResetComponentId, reset);
 }
 
 }  // namespace

@@ -17,10 +17,10 @@ const char* const AIM_ICF_USER = "icfa";
 
 namespace {
 
-const int32_t kIntegratedPhase = 4;
+const int32_t kGateIntegratedPhase = 4;
 const int32_t kProtocolUnreadable = -1;
-const int32_t kProtocolUnknown = 0;
-const int32_t kProtocolNetconf = 1;
+const int32_t kGateProtocolUnknown = 0;
+const int32_t kGateProtocolNetconf = 1;
 const int kDefaultAttempts = 200;
 const char* const kQciClass = "QciProfileOperatorDefined";
 
@@ -71,7 +71,7 @@ bool VeskMoImpl::IsDatabaseChangeAllowed(int& phase, const char* attrName) {
     }
     _lastPhase = getAimPhase();
     phase = _lastPhase;
-    if (phase >= kIntegratedPhase) {
+    if (phase >= kGateIntegratedPhase) {
         _databaseChangeLatch = true;
         return true;
     }
@@ -86,11 +86,11 @@ bool VeskMoImpl::IsDatabaseChangeAllowed(int& phase, const char* attrName) {
         VESK_WARNING("VeskMoImpl::IsDatabaseChangeAllowed()-> Tib protocolType is unknown");
         return configLevel;
     }
-    if (!user.empty() && protocol == kProtocolNetconf && user == AIM_ICF_USER) {
+    if (!user.empty() && protocol == kGateProtocolNetconf && user == AIM_ICF_USER) {
         VESK_INFO("VeskMoImpl::IsDatabaseChangeAllowed()-> AIM icf parsing ongoing");
         return true;
     }
-    if (configLevel || protocol == kProtocolUnknown) {
+    if (configLevel || protocol == kGateProtocolUnknown) {
         return true;
     }
     VESK_TRACE("%s: MOM modification is not allowed yet", __func__);

@@ -12,9 +12,9 @@ using VESK::Messages::VESK_InitialiseSWResp;
 using VESK::Messages::VESK_SwOssUpdateResp;
 
 namespace {
-const int kSoftwareManagement = 7;
-const int kPolls = 300;
-const unsigned kPollUs = 100000;
+const int kSwmComponent = 7;
+const int kSwmPolls = 300;
+const unsigned kSwmPollUs = 100000;
 const int kRemoveUpgradePackage = 5;
 const int32_t kRunning = 2;
 
@@ -63,7 +63,7 @@ bool VeskSwM::isResetOngoing() {
 bool VeskSwM::awaitResponse(int& polls) {
     while (polls > 0) {
         --polls;
-        VESK::Framework::stationSleepUs(kPollUs);
+        VESK::Framework::stationSleepUs(kSwmPollUs);
         if (_responseReceived.load(std::memory_order_acquire)) {
             return true;
         }
@@ -85,13 +85,13 @@ int VeskSwM::createUpgradePackage(bool& success, std::string uri, std::string pa
     _upgradePackageId = 0;
     _responseReceived = false;
     int rc = -10;
-    if (VESK::Framework::Messaging::sendVeskMessage(kSoftwareManagement, request) == 0) {
+    if (VESK::Framework::Messaging::sendVeskMessage(kSwmComponent, request) == 0) {
         VESK_ERROR("VeskSwM::createUpgradePackage: Message sending to SoftwareManagement failed");
     } else {
         VESK_INFO(
             "VeskSwM::createUpgradePackage: VESK_InitialiseSWReq sent succesfully to "
             "SoftwareManagement");
-        int polls = kPolls;
+        int polls = kSwmPolls;
         rc = awaitResponse(polls) ? 0 : -1;
         if (rc != 0) {
             VESK_ERROR("VeskSwM::createUpgradePackage: response waiting timeout elapsed");
@@ -117,13 +117,13 @@ int VeskSwM::sendUpgradePackageMessageAndWait(bool& success, std::string command
     request.requestId = static_cast<uint32_t>(time(nullptr));
     request.commandName = command;
     _responseReceived = false;
-    if (VESK::Framework::Messaging::sendVeskMessage(kSoftwareManagement, request) == 0) {
+    if (VESK::Framework::Messaging::sendVeskMessage(kSwmComponent, request) == 0) {
         VESK_ERROR("Message sending to SoftwareManagement failed");
         return -10;
     }
     VESK_INFO("Command (reqId:%u) sent succesfully to SoftwareManagement, waiting for response",
               request.requestId);
-    int polls = kPolls;
+    int polls = kSwmPolls;
     while (awaitResponse(polls)) {
         if (_responseId != request.requestId) {
             VESK_ERROR(

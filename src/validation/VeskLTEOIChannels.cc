@@ -26,7 +26,7 @@ bool candidate(const std::string& name, int handle, bool* readable = nullptr) {
     return read && value;
 }
 
-const char* text(bool value) {
+const char* boolText(bool value) {
     return value ? "true" : "false";
 }
 
@@ -52,7 +52,7 @@ int VeskLTEOI::checkWiFiChannelSelection(int dbTx) {
                                      ? channel32Name(dbTx, __func__)
                                      : channel->candidateChannel;
         const bool inTransaction = candidate(name, dbTx);
-        VESK_TRACE("value of %s is %s", name.c_str(), text(inTransaction));
+        VESK_TRACE("value of %s is %s", name.c_str(), boolText(inTransaction));
         if (inTransaction) {
             continue;
         }
@@ -74,12 +74,13 @@ std::string VeskLTEOI::channel32Name(int dbTx, const char* rule) {
                storedChannel32 = candidate("channel32", 0);
     const bool freq5160 = candidate("channelFreq5160MHz", dbTx),
                storedFreq5160 = candidate("channelFreq5160MHz", 0);
-    VESK_TRACE("VeskLTEOI::%s value of channel32 is %s in transaction", rule, text(channel32));
-    VESK_TRACE("VeskLTEOI::%s value of channel32 is %s in database", rule, text(storedChannel32));
+    VESK_TRACE("VeskLTEOI::%s value of channel32 is %s in transaction", rule, boolText(channel32));
+    VESK_TRACE("VeskLTEOI::%s value of channel32 is %s in database", rule,
+               boolText(storedChannel32));
     VESK_TRACE("VeskLTEOI::%s value of channelFreq5160MHz is %s in transaction", rule,
-               text(freq5160));
+               boolText(freq5160));
     VESK_TRACE("VeskLTEOI::%s value of channelFreq5160MHz is %s in database", rule,
-               text(storedFreq5160));
+               boolText(storedFreq5160));
     if (channel32 == storedChannel32 && freq5160 != storedFreq5160) {
         VESK_TRACE("VeskLTEOI::%s taking value of channelFreq5160MHz", rule);
         return "channelFreq5160MHz";
@@ -101,7 +102,7 @@ void VeskLTEOI::synchronizeCandidateChannels(int dbTx) {
     if (alias == nullptr) {
         return;
     }
-    VESK_TRACE("updating channelFreq5160MHz to %s", text(channel32));
+    VESK_TRACE("updating channelFreq5160MHz to %s", boolText(channel32));
     alias->SetValue(AttributeVariant(channel32));
     if (IDatabase::insert(candidates.get(), dbTx) == 0) {
         VESK_ERROR("VeskLTEOI::%s updating %s failed", __func__, kCandidates);

@@ -11,10 +11,10 @@
 namespace TibVeskOI {
 namespace {
 
-const unsigned kHighestFddChannel = 17999;
+const unsigned kLastFddChannel = 17999;
 const size_t kMaxFreqRelations = 8;
 
-int databaseTx(unsigned long aTxHandle) {
+int frequencyDatabaseTx(unsigned long aTxHandle) {
     return VeskOI::getVeskOI()->getVeskDatabaseTransactionId(aTxHandle);
 }
 
@@ -38,7 +38,8 @@ OrlReturnT VeskLTEOI::validateEUtranFrequencyCreation(
     // Marked before anything is judged, and kept when the channel number is refused.
     _band46UpdatePending[static_cast<int>(aTxHandle)] = true;
     OrlMoNamedAttributeValueContainer_3* arfcn = findAttribute(attributes, "arfcnValueEUtranDl");
-    return arfcn == nullptr ? OrlOk : validateArfcn(databaseTx(aTxHandle), &arfcn->attributeValue);
+    return arfcn == nullptr ? OrlOk
+                            : validateArfcn(frequencyDatabaseTx(aTxHandle), &arfcn->attributeValue);
 }
 
 OrlReturnT VeskLTEOI::validateEUtranFrequencySetAttribute(
@@ -47,7 +48,7 @@ OrlReturnT VeskLTEOI::validateEUtranFrequencySetAttribute(
     if (std::strcmp(attributeName, "arfcnValueEUtranDl") != 0) {
         return OrlOk;
     }
-    return validateArfcn(databaseTx(aTxHandle), value);
+    return validateArfcn(frequencyDatabaseTx(aTxHandle), value);
 }
 
 OrlReturnT VeskLTEOI::validateArfcn(int dbTx, const OrlMoAttributeValueContainer_3* value) {
@@ -74,10 +75,10 @@ OrlReturnT VeskLTEOI::validateFreqRelationCreation(
         return OrlOk;
     }
     _band46UpdatePending[static_cast<int>(aTxHandle)] = true;
-    const int dbTx = databaseTx(aTxHandle);
+    const int dbTx = frequencyDatabaseTx(aTxHandle);
     const int earfcndl = rules::readInt(rules::fetch(parentDn, dbTx).get(), "earfcndl", -1);
     // The limit holds below the 5 GHz channels only; an unreadable cell (-1) skips it too.
-    if (static_cast<unsigned>(earfcndl) <= kHighestFddChannel &&
+    if (static_cast<unsigned>(earfcndl) <= kLastFddChannel &&
         IDatabase::getMOClassWithParent(parentDn, "EUtranFreqRelation", dbTx).size() >=
             kMaxFreqRelations) {
         VESK_INFO("VeskLTEOI::%s Maximum number of EUtranFreqRelation exceeding (8)", __func__);
@@ -110,7 +111,7 @@ OrlReturnT VeskLTEOI::validateEutranFrequencyRef(const std::string& parentDn,
     if (value == nullptr) {
         return OrlOk;
     }
-    return findFrequencyRef(parentDn, className, value, databaseTx(aTxHandle), __func__);
+    return findFrequencyRef(parentDn, className, value, frequencyDatabaseTx(aTxHandle), __func__);
 }
 
 OrlReturnT VeskLTEOI::validateEutranFrequencyRef_setMo(const std::string& parentDn,
@@ -132,7 +133,7 @@ OrlReturnT VeskLTEOI::validateEutranFrequencyRef_setMo(const std::string& parent
     // stored one; a short "EUtranFrequency=n" form is compared whole, the relation's own value
     // included.
     const std::string first = text.substr(0, text.find(','));
-    return findFrequencyRef(parentDn, rdn, first, databaseTx(aTxHandle), __func__);
+    return findFrequencyRef(parentDn, rdn, first, frequencyDatabaseTx(aTxHandle), __func__);
 }
 
 OrlReturnT VeskLTEOI::findFrequencyRef(const std::string& parentDn, const std::string& named,

@@ -14,7 +14,7 @@ const size_t kMaxMmes = 16;
 const char kNoAddress[] = "0.0.0.0";
 const char kMmeParent[] = "ManagedElement=1,ENodeBFunction=1";
 
-int databaseTx(unsigned long aTxHandle) {
+int mmeDatabaseTx(unsigned long aTxHandle) {
     return VeskOI::getVeskOI()->getVeskDatabaseTransactionId(aTxHandle);
 }
 
@@ -45,7 +45,7 @@ OrlReturnT VeskLTEOI::validateTermPointToMmeCreation(
     unsigned long aTxHandle, const char* /*parentDn*/, const char* className,
     OrlMoNamedAttributeValueContainer_3** attributes) {
     if (std::strcmp(className, "TermPointToMme") == 0) {
-        const size_t mmes = rules::MoList("TermPointToMme", databaseTx(aTxHandle)).size();
+        const size_t mmes = rules::MoList("TermPointToMme", mmeDatabaseTx(aTxHandle)).size();
         if (mmes >= kMaxMmes) {
             VESK_INFO("VeskLTEOI::%s Number of MMEs %d, rejecting creation of new one", __func__,
                       static_cast<int>(mmes));
@@ -81,7 +81,7 @@ OrlReturnT VeskLTEOI::validateTermPointToMmeSetAttribute(
 }
 
 OrlReturnT VeskLTEOI::validateMmeIpAdresses(MMeIPs ips, unsigned long aTxHandle) {
-    const int dbTx = databaseTx(aTxHandle);
+    const int dbTx = mmeDatabaseTx(aTxHandle);
     // Every MME is walked, the one being set included.
     for (const std::string& id :
          IDatabase::getMOClassWithParent(kMmeParent, "TermPointToMme", dbTx)) {
@@ -111,7 +111,7 @@ OrlReturnT VeskLTEOI::validateMmeIpAdresses(MMeIPs ips, unsigned long aTxHandle)
 }
 
 OrlReturnT VeskLTEOI::validateTermPointToMmeDeletion(unsigned long aTxHandle, const char* dn) {
-    rules::ObjectPtr mme = rules::fetch(dn, databaseTx(aTxHandle));
+    rules::ObjectPtr mme = rules::fetch(dn, mmeDatabaseTx(aTxHandle));
     if (!mme) {
         return OrlOk;
     }

@@ -12,7 +12,7 @@ namespace TibVeskOI {
 namespace {
 
 // The class of a dn: behind the last "," (the whole text without one), up to the last "=".
-std::string classOf(const std::string& text) {
+std::string classOfDn(const std::string& text) {
     std::string::size_type comma = text.rfind(',');
     std::string pair = comma == std::string::npos ? text : text.substr(comma + 1);
     std::string::size_type equals = pair.rfind('=');
@@ -138,7 +138,7 @@ OrlReturnT VeskOI::abort(OrlTxHandleT txHandle) {
 
 OrlReturnT VeskOI::setMoAttribute(OrlTxHandleT txHandle, const char* dn, const char* attrName,
                                   const OrlMoAttributeValueContainer_3* value) {
-    const std::string cls = classOf(dn);
+    const std::string cls = classOfDn(dn);
     VeskLTEOI* lte = VeskLTEOI::instance();
     if (isOneOf(cls, {"PmJob", "MeasurementReader", "EventJob"})) {
         return VeskPMOI::instance()->validatePMSetAttribute(dn, attrName, value, txHandle);
@@ -229,7 +229,7 @@ OrlReturnT VeskOI::deleteMo(OrlTxHandleT txHandle, const char* dn) {
     if (std::strstr(dn, "EventJob") != nullptr) {
         return VeskPMOI::instance()->validatePMMoDeletion(txHandle, dn);
     }
-    const std::string cls = classOf(dn);
+    const std::string cls = classOfDn(dn);
     VeskLTEOI* lte = VeskLTEOI::instance();
     VeskCellPriority* priority = VeskCellPriority::instance();
     if (cls == "TermPointToMme") {
@@ -274,7 +274,7 @@ using TibVeskOI::VeskOI;
 namespace {
 
 // The change slots may be called by any host component; a missing text is an empty one.
-const char* text(const char* value) {
+const char* textOrEmpty(const char* value) {
     return value != nullptr ? value : "";
 }
 
@@ -302,16 +302,18 @@ OrlReturnT veskoi_abort_2(OrlTxHandleT txHandle) {
 
 OrlReturnT veskoi_setMoAttribute_3(OrlTxHandleT txHandle, const char* dn, const char* attrName,
                                    const OrlMoAttributeValueContainer_3* value) {
-    return VeskOI::getVeskOI()->setMoAttribute(txHandle, text(dn), text(attrName), value);
+    return VeskOI::getVeskOI()->setMoAttribute(txHandle, textOrEmpty(dn), textOrEmpty(attrName),
+                                               value);
 }
 
 OrlReturnT veskoi_createMo_3(OrlTxHandleT txHandle, const char* parentDn, const char* className,
                              const char* keyAttrName, const char* keyAttrValue,
                              OrlMoNamedAttributeValueContainer_3** attributes) {
-    return VeskOI::getVeskOI()->createMo(txHandle, text(parentDn), text(className),
-                                         text(keyAttrName), text(keyAttrValue), attributes);
+    return VeskOI::getVeskOI()->createMo(txHandle, textOrEmpty(parentDn), textOrEmpty(className),
+                                         textOrEmpty(keyAttrName), textOrEmpty(keyAttrValue),
+                                         attributes);
 }
 
 OrlReturnT veskoi_deleteMo_3(OrlTxHandleT txHandle, const char* dn) {
-    return VeskOI::getVeskOI()->deleteMo(txHandle, text(dn));
+    return VeskOI::getVeskOI()->deleteMo(txHandle, textOrEmpty(dn));
 }

@@ -20,7 +20,7 @@ Attribute* present(DBObject* object, const char* name) {
 }
 
 // The text of an attribute, "" when it is absent or holds no text.
-std::string textOf(DBObject* object, const char* name) {
+std::string objectTextOf(DBObject* object, const char* name) {
     Attribute* held = present(object, name);
     const std::string* text = held != nullptr ? boost::get<std::string>(&held->value) : nullptr;
     return text != nullptr ? *text : "";
@@ -34,7 +34,7 @@ void keepOnly(DBObject* object, const char* name, const std::string& old, const 
     }
 }
 
-void append(std::string& list, const std::string& dn) {
+void appendDn(std::string& list, const std::string& dn) {
     list += (list.empty() ? "" : ";") + dn;
 }
 
@@ -74,7 +74,7 @@ OrlReturnT VeskPMOI::checkJobGroup(DBObject* job) {
                                          true, IPCData::AVT_STRING, true, false));
         return OrlOk;
     }
-    const std::string group = textOf(job, "jobGroup");
+    const std::string group = objectTextOf(job, "jobGroup");
     if (group == "JG3") {
         std::string name = "eventJobId";
         std::string id;
@@ -93,7 +93,7 @@ OrlReturnT VeskPMOI::checkJobGroup(DBObject* job) {
 }
 
 OrlReturnT VeskPMOI::checkUnsupportedRefs(DBObject* job, const char* attrName) {
-    const std::string text = textOf(job, attrName);
+    const std::string text = objectTextOf(job, attrName);
     if (text.empty()) {
         return OrlOk;
     }
@@ -102,7 +102,7 @@ OrlReturnT VeskPMOI::checkUnsupportedRefs(DBObject* job, const char* attrName) {
     std::string kept;
     for (const std::string& dn : dns) {
         if (IDatabase::isPresentInDB(dn, 1)) {
-            append(kept, dn);
+            appendDn(kept, dn);
         }
     }
     // References to MOs that are gone are dropped, never refused.
@@ -111,7 +111,7 @@ OrlReturnT VeskPMOI::checkUnsupportedRefs(DBObject* job, const char* attrName) {
 }
 
 OrlReturnT VeskPMOI::checkEventFilterTypes(DBObject* job, int handle) {
-    const std::string text = textOf(job, "eventFilter");
+    const std::string text = objectTextOf(job, "eventFilter");
     if (text.empty()) {
         return OrlOk;
     }
@@ -122,7 +122,7 @@ OrlReturnT VeskPMOI::checkEventFilterTypes(DBObject* job, int handle) {
     std::string kept;
     for (const std::string& dn : filters) {
         rules::ObjectPtr filter = rules::fetch(dn, handle);
-        const std::string name = filter ? textOf(filter.get(), "filterName") : "";
+        const std::string name = filter ? objectTextOf(filter.get(), "filterName") : "";
         // Of two filters of one name the first stays; a name with no filter type goes.
         if (seen.count(name) != 0 ||
             !IDatabase::isPresentInDB(job->parentDn + ",EventFilterType=" + name, 1)) {
@@ -130,7 +130,7 @@ OrlReturnT VeskPMOI::checkEventFilterTypes(DBObject* job, int handle) {
             continue;
         }
         seen.insert(name);
-        append(kept, dn);
+        appendDn(kept, dn);
     }
     keepOnly(job, "eventFilter", text, kept);
     for (const std::string& dn : unsupported) {

@@ -12,11 +12,11 @@ namespace {
 using namespace vesk::e2e;
 
 const std::string kUnit = "ManagedElement=1,Equipment=1,RbsUnit=1";
-const std::string kWifi = kUnit + ",WifiModule=1";
+const std::string kActionWifi = kUnit + ",WifiModule=1";
 const std::string kSwM = "ManagedElement=1,SystemFunctions=1,SwM=1";
-const std::string kCertM = "ManagedElement=1,SystemFunctions=1,SecM=1,CertM=1";
+const std::string kActionCertM = "ManagedElement=1,SystemFunctions=1,SecM=1,CertM=1";
 const std::string kExtEnb = kEnb + ",EUtraNetwork=1,ExternalENodeBFunction=1";
-const std::string kFrequency = kEnb + ",EUtraNetwork=1,EUtranFrequency=1";
+const std::string kActionFrequency = kEnb + ",EUtraNetwork=1,EUtranFrequency=1";
 const char* const kNotYet = "changeFrequency action not supported yet for this MO.";
 
 class ActionTest : public HostFixture {
@@ -55,8 +55,8 @@ class ActionTest : public HostFixture {
 // The rows run in order on one station; each sets the phase and the peers' behaviours first.
 TEST_F(ActionTest, EveryRowOfTheDispatchByDnNameAndPhase) {
     ASSERT_EQ(
-        run("create " + kExtEnb +
-            " ExternalEUtranCellTDD=9 localCellId=9 eutranFrequencyRef=" + kFrequency)["code"],
+        run("create " + kExtEnb + " ExternalEUtranCellTDD=9 localCellId=9 eutranFrequencyRef=" +
+            kActionFrequency)["code"],
         "OrlOk");
     struct Row {
         int phase;
@@ -79,21 +79,22 @@ TEST_F(ActionTest, EveryRowOfTheDispatchByDnNameAndPhase) {
         {4, "peer reset refuse", kUnit + " restart", "OrlFailure", "null", "",
          R"(reset{"cause":4,"kind":1,"text":"","parameter":-1,"refused":true})"},
         // The WiFi module overwrites the refusal every other dn gets first.
-        {3, "", kWifi + " resetToFactory", "OrlOk", "null", "",
+        {3, "", kActionWifi + " resetToFactory", "OrlOk", "null", "",
          R"(wifi{"factoryResets":1,"restarts":0,"lastRestartMode":-1})"},
-        {3, "", kWifi + " restart restartRank=2", "OrlTryAgain", R"({"result":false})", "", ""},
-        {4, "", kWifi + " restart restartRank=2", "OrlOk", "null", "",
+        {3, "", kActionWifi + " restart restartRank=2", "OrlTryAgain", R"({"result":false})", "",
+         ""},
+        {4, "", kActionWifi + " restart restartRank=2", "OrlOk", "null", "",
          R"(wifi{"factoryResets":1,"restarts":1,"lastRestartMode":2})"},
-        {4, "peer wifi fail", kWifi + " resetToFactory", "OrlFailure", "null", "",
+        {4, "peer wifi fail", kActionWifi + " resetToFactory", "OrlFailure", "null", "",
          R"(wifi{"factoryResets":2,"restarts":1,"lastRestartMode":2})"},
         // Software management: an unknown name only tells the operator.
         {4, "", kSwM + " cancel", "OrlFailure", "null", "Action is not supported", ""},
         // Certificates go to the security component with their attributes.
-        {4, "", kCertM + " installTrustedCertFromUri uri=sftp://ca fingerprint=ab:cd", "OrlOk",
-         R"({"ok":true})", "",
-         R"(sec{"action":"installTrustedCertFromUri","dn":")" + std::string(kCertM) +
+        {4, "", kActionCertM + " installTrustedCertFromUri uri=sftp://ca fingerprint=ab:cd",
+         "OrlOk", R"({"ok":true})", "",
+         R"(sec{"action":"installTrustedCertFromUri","dn":")" + std::string(kActionCertM) +
              R"(","attributes":{"fingerprint":"ab:cd","uri":"sftp://ca"}})"},
-        {4, "peer sec fail", kCertM + " installTrustedCertFromUri uri=x", "OrlFailure",
+        {4, "peer sec fail", kActionCertM + " installTrustedCertFromUri uri=x", "OrlFailure",
          R"({"ok":false})", "", ""},
         // Frequency change: a class the engine does not know is told in a message; an own cell's
         // change commits with the reset (and takes the unknown external cell, a user of its old

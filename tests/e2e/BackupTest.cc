@@ -19,7 +19,7 @@ using vesk::host::peers::records::textOf;
 
 const std::string kManager = "ManagedElement=1,SystemFunctions=1,BrM=1,BrmBackupManager=1";
 const std::string kRollback = "ManagedElement=1,SystemFunctions=1,BrM=1,BrmRollbackAtRestore=1";
-const std::string kSwM = "ManagedElement=1,SystemFunctions=1,SwM=1";
+const std::string kBackupSwM = "ManagedElement=1,SystemFunctions=1,SwM=1";
 
 class BackupTest : public HostFixture {
   protected:
@@ -204,25 +204,25 @@ TEST_F(BackupTest, DamageFailureAndSilence) {
     EXPECT_NE(stale["reasons"].dump().find("don't match request id"), std::string::npos);
     // No answer: the waits end (30 s and 10 s on the test's fast clock).
     run("peer swm silent");
-    EXPECT_EQ(act(kSwM + ",UpgradePackage=1 prepare")["code"], "OrlFailure");
+    EXPECT_EQ(act(kBackupSwM + ",UpgradePackage=1 prepare")["code"], "OrlFailure");
     EXPECT_EQ(act(kRollback + " confirmRestore")["result"]["result"], -1);
 }
 
 // Created, prepared, verified, activated and confirmed; a running package is not removed.
 TEST_F(BackupTest, UpgradePackageThroughItsStates) {
-    Json created = act(kSwM + " createUpgradePackage uri=sftp://oss/r2.zip password=p");
+    Json created = act(kBackupSwM + " createUpgradePackage uri=sftp://oss/r2.zip password=p");
     EXPECT_EQ(created["result"], Json({{"id", 2}})) << created.dump();
-    EXPECT_EQ(act(kSwM + " createUpgradePackage uri=sftp://oss/r2.zip password=p")["result"],
+    EXPECT_EQ(act(kBackupSwM + " createUpgradePackage uri=sftp://oss/r2.zip password=p")["result"],
               Json({{"id", 0}}));
-    const std::string package = kSwM + ",UpgradePackage=2";
+    const std::string package = kBackupSwM + ",UpgradePackage=2";
     const std::pair<const char*, int> steps[] = {
         {"prepare", 3}, {"verify", 3}, {"activate", 6}, {"confirm", 7}};
     for (const auto& step : steps) {
-        Json answer = act(kSwM + ",UpgradePackage=1 " + step.first);
+        Json answer = act(kBackupSwM + ",UpgradePackage=1 " + step.first);
         EXPECT_EQ(answer["result"], Json({{"ok", true}})) << step.first << answer.dump();
         EXPECT_EQ(numberOf(package, "state", 0), step.second) << step.first;
     }
-    Json removed = act(kSwM + " removeUpgradePackage");
+    Json removed = act(kBackupSwM + " removeUpgradePackage");
     EXPECT_EQ(removed["code"], "OrlOk");
     EXPECT_EQ(removed["result"], Json({{"ok", false}}));
     EXPECT_EQ(run("peer swm show")["result"].back()["answer"]["upgradePackageState"], 2);

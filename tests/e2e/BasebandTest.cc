@@ -15,8 +15,8 @@ using namespace vesk::e2e;
 
 const std::string kNode = "ManagedElement=1,NodeBFunction=1";
 const std::string kCell1 = kNode + ",NodeBLocalCellGroup=1,NodeBLocalCell=1";
-const std::string kCell2 = kNode + ",NodeBLocalCellGroup=1,NodeBLocalCell=2";
-const char* const kAttempts = "DOLM_NUM_OI_SETMOATTR_ATTEMPTS";
+const std::string kBasebandCell2 = kNode + ",NodeBLocalCellGroup=1,NodeBLocalCell=2";
+const char* const kBasebandAttempts = "DOLM_NUM_OI_SETMOATTR_ATTEMPTS";
 
 class BasebandTest : public HostFixture {
   protected:
@@ -27,7 +27,7 @@ class BasebandTest : public HostFixture {
         vesk::station::setTimeScale(0.01);
     }
     void TearDown() override {
-        unsetenv(kAttempts);
+        unsetenv(kBasebandAttempts);
         vesk::station::setTimeScale(1);
         HostFixture::TearDown();
     }
@@ -94,7 +94,8 @@ TEST_F(BasebandTest, SetsAreStagedAppliedAtCommitAndDroppedAtAbort) {
     EXPECT_EQ(show()["staged"], Json::object());
 
     // An abort: one cancel, the baseband holds nothing new.
-    EXPECT_EQ(codes("begin;set " + kCell2 + " eHichMinPower2msTti -70;abort"), "OrlOk;OrlOk;OrlOk");
+    EXPECT_EQ(codes("begin;set " + kBasebandCell2 + " eHichMinPower2msTti -70;abort"),
+              "OrlOk;OrlOk;OrlOk");
     Json aborted = received(6);
     ASSERT_EQ(aborted.size(), 1u);
     EXPECT_EQ(aborted[0]["dropped"], 1);
@@ -103,10 +104,11 @@ TEST_F(BasebandTest, SetsAreStagedAppliedAtCommitAndDroppedAtAbort) {
 }
 
 TEST_F(BasebandTest, RefusalsMinimumAboveMaximumSilenceAndLateAnswers) {
-    EXPECT_EQ(codes("peer boam strict;begin;set " + kCell2 + " eRgchMaxPower -130;set " + kCell2 +
-                    " eRgchMinPower -110;set " + kCell2 + " eRgchMinPower -135"),
-              "ok;OrlOk;OrlOk;OrlValidationFailed;OrlOk");
-    EXPECT_EQ(codes("peer boam refuse;set " + kCell2 + " eulMaxRoTCoverage 90;abort"),
+    EXPECT_EQ(
+        codes("peer boam strict;begin;set " + kBasebandCell2 + " eRgchMaxPower -130;set " +
+              kBasebandCell2 + " eRgchMinPower -110;set " + kBasebandCell2 + " eRgchMinPower -135"),
+        "ok;OrlOk;OrlOk;OrlValidationFailed;OrlOk");
+    EXPECT_EQ(codes("peer boam refuse;set " + kBasebandCell2 + " eulMaxRoTCoverage 90;abort"),
               "ok;OrlFailure;OrlOk");
     Json refused = received(0);
     ASSERT_EQ(refused.size(), 5u);
@@ -116,7 +118,7 @@ TEST_F(BasebandTest, RefusalsMinimumAboveMaximumSilenceAndLateAnswers) {
     EXPECT_EQ(refused[4]["dropped"], 1) << "the pair, staged once";
 
     // Silent: each attempt waits its second, the host's attempts end the set.
-    setenv(kAttempts, "2", 1);
+    setenv(kBasebandAttempts, "2", 1);
     EXPECT_EQ(codes("peer boam silent;begin;set " + kCell1 + " eHichMaxPower -120"),
               "ok;OrlOk;OrlTryAgain");
     Json silent = received(5);
@@ -127,7 +129,7 @@ TEST_F(BasebandTest, RefusalsMinimumAboveMaximumSilenceAndLateAnswers) {
 
     // Late: the answer comes after the wait has ended and is not taken; nor is it taken as the
     // answer to the next request, whose send empties the mailbox first.
-    setenv(kAttempts, "1", 1);
+    setenv(kBasebandAttempts, "1", 1);
     vesk::station::setTimeScale(0.1);
     EXPECT_EQ(codes("peer boam late 5000;set " + kCell1 + " eHichMaxPower -121"), "ok;OrlTryAgain");
     EXPECT_TRUE(eventually([&] {

@@ -17,7 +17,7 @@ const std::string kEp = "ManagedElement=1,SystemFunctions=1,PmEventM=1,EventProd
 
 // $F an FDD cell, $W a WCDMA cell, $J an event job, $E the event producer, $P the PM function,
 // $N the LTE node.
-std::string expand(const std::string& text) {
+std::string expandNames(const std::string& text) {
     return vesk::e2e::expand(
         text, {{"$F", kEnb + ",EUtranCellFDD="},
                {"$W", "ManagedElement=1,NodeBFunction=1,NodeBLocalCellGroup=1,NodeBLocalCell="},
@@ -38,7 +38,7 @@ class CellsAndPm : public StationProgramFixture {
     void run(const Checks& checks) {
         std::string commands;
         for (const auto& check : checks)
-            commands += (commands.empty() ? "" : "; ") + expand(check.first);
+            commands += (commands.empty() ? "" : "; ") + expandNames(check.first);
         const std::vector<Json> a = answers(commands, checks.size());
         for (size_t i = 0; i < a.size(); ++i) {
             const std::string& expected = checks[i].second;
@@ -50,7 +50,7 @@ class CellsAndPm : public StationProgramFixture {
                 EXPECT_TRUE(a[i].value("ok", false)) << a[i];
                 if (!expected.empty()) {
                     EXPECT_EQ(result.is_string() ? std::string(result) : result.dump(),
-                              expand(expected));
+                              expandNames(expected));
                 }
                 continue;
             }
@@ -58,7 +58,7 @@ class CellsAndPm : public StationProgramFixture {
             EXPECT_EQ(a[i].value("code", "OrlValidationFailed"), "OrlValidationFailed");
             const Json& said = a[i]["messages"].empty() ? a[i]["reasons"] : a[i]["messages"];
             EXPECT_EQ(said.empty() ? a[i].value("error", "") : std::string(said[0]),
-                      expand(expected.substr(1)));
+                      expandNames(expected.substr(1)));
         }
     }
 };

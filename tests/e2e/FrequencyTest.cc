@@ -12,9 +12,9 @@ namespace {
 
 using namespace vesk::e2e;
 
-const std::string kNet = kEnb + ",EUtraNetwork=1";
-const std::string kFreq = kNet + ",EUtranFrequency=";
-const std::string kExt = kNet + ",ExternalENodeBFunction=1,ExternalEUtranCellFDD=";
+const std::string kFrequencyNet = kEnb + ",EUtraNetwork=1";
+const std::string kFreq = kFrequencyNet + ",EUtranFrequency=";
+const std::string kExt = kFrequencyNet + ",ExternalENodeBFunction=1,ExternalEUtranCellFDD=";
 const std::string kFdd = kEnb + ",EUtranCellFDD=";
 const std::string kUtra = kEnb + ",UtraNetwork=1";
 const std::string kUtranCell = kUtra + ",UtranFrequency=1,ExternalUtranCellFDD=1";
@@ -77,7 +77,7 @@ TEST_F(FrequencyTest, TheRebuildMovesFrequenciesAndRelations) {
          {},
          kFdd + "2",
          3100,
-         {{kNet + "|EUtranFrequency", "1 2 3"},
+         {{kFrequencyNet + "|EUtranFrequency", "1 2 3"},
           {kFdd + "1|EUtranFreqRelation", "1 2 _3100"},
           {c1 + "1|EUtranCellRelation", "2"},
           {c1 + "_3100|EUtranCellRelation", "1"},
@@ -89,15 +89,15 @@ TEST_F(FrequencyTest, TheRebuildMovesFrequenciesAndRelations) {
          {},
          kFdd + "3",
          2850,
-         {{kNet + "|EUtranFrequency", "1 2 3 2850"},
+         {{kFrequencyNet + "|EUtranFrequency", "1 2 3 2850"},
           {kFdd + "3|EUtranFreqRelation", "1 2 _2850"},
           {kFdd + "1|EUtranFreqRelation", "1 _2850"},
           {c1 + "_2850|EUtranCellRelation", "1"}},
          {{c3 + "_2850", kFreq + "2850"}}},
         {"external cell, last user of its frequency: relation and frequency go, the neighbour "
          "relation moves",
-         {"begin", "create " + kNet + " EUtranFrequency=9 arfcnValueEUtranDl=2000",
-          "create " + kNet +
+         {"begin", "create " + kFrequencyNet + " EUtranFrequency=9 arfcnValueEUtranDl=2000",
+          "create " + kFrequencyNet +
               ",ExternalENodeBFunction=1 ExternalEUtranCellFDD=4 localCellId=4 "
               "physicalLayerCellIdGroup=30 physicalLayerSubCellId=0 tac=100 "
               "eutranFrequencyRef=" +
@@ -106,7 +106,7 @@ TEST_F(FrequencyTest, TheRebuildMovesFrequenciesAndRelations) {
           "create " + c3 + "9 EUtranCellRelation=1 neighborCellRef=" + kExt + "4", "commit"},
          kExt + "4",
          3100,
-         {{kNet + "|EUtranFrequency", "1 2 3"},
+         {{kFrequencyNet + "|EUtranFrequency", "1 2 3"},
           {kFdd + "3|EUtranFreqRelation", "1 2 _3100"},
           {c3 + "_3100|EUtranCellRelation", "1"}},
          {{kExt + "4", kFreq + "3"}, {c3 + "_3100", kFreq + "3"}}},
@@ -213,7 +213,7 @@ TEST_F(FrequencyTest, ARelationLimitRefusesTheWholeChange) {
     ok("begin");
     for (int i = 2; i <= 8; ++i) {
         std::string id = std::to_string(10 + i);
-        ok("create " + kNet + " EUtranFrequency=" + id +
+        ok("create " + kFrequencyNet + " EUtranFrequency=" + id +
            " arfcnValueEUtranDl=" + std::to_string(2000 + i));
         ok("create " + kFdd + "2 EUtranFreqRelation=" + id + " eutranFrequencyRef=" + kFreq + id);
     }

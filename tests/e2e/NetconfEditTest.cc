@@ -15,7 +15,7 @@ using vesk::host::netconf::EditOp;
 using vesk::host::netconf::EditRefusal;
 
 // Passes every call to the agent and notes the writes, one line each.
-class Recorder : public vesk::host::netconf::AgentEdits {
+class EditRecorder : public vesk::host::netconf::AgentEdits {
   public:
     using AgentEdits::AgentEdits;
     std::string calls;
@@ -174,7 +174,7 @@ TEST_F(NetconfEditTest, OperationsMapOntoTheAgentsCalls) {
         vesk::host::cli::Answer begun;
         executor.begin(&begun);
         ASSERT_FALSE(begun.failed()) << begun.error;
-        Recorder target(executor, *_view);
+        EditRecorder target(executor, *_view);
         std::vector<EditRefusal> refusals;
         bool ok = vesk::host::netconf::EditMapper(*_view, target)
                       .apply(edit, row.defaultOp, false, &refusals);
@@ -205,7 +205,7 @@ TEST_F(NetconfEditTest, ReplaceClearsWhatItDoesNotGive) {
     vesk::host::cli::Executor executor(*_host, *_view);
     vesk::host::cli::Answer answer;
     executor.begin(&answer);
-    Recorder target(executor, *_view);
+    EditRecorder target(executor, *_view);
     std::vector<EditRefusal> refusals;
     vesk::host::netconf::EditMapper(*_view, target).apply(edit, EditOp::kMerge, true, &refusals);
     lyd_free_siblings(edit);

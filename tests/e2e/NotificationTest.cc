@@ -23,7 +23,7 @@ namespace {
 using namespace vesk::e2e;
 
 const std::string kSeenEnb = "ManagedElement=demo-station-01,ENodeBFunction=1";
-const std::string kNewCell = kEnb + ",EUtranCellFDD=9";
+const std::string kWatchedNewCell = kEnb + ",EUtranCellFDD=9";
 
 class NotificationTest : public HostFixture {
   protected:
@@ -80,11 +80,11 @@ TEST_F(NotificationTest, EachWatchSeesItsOwnCommittedChanges) {
     ok("watch " + kSeenEnb + ",EUtranCellFDD=9");
     ok("watch .*EUtranCellFDD=2");
     ok("create " + kEnb + " EUtranCellFDD=9 cellId=9 earfcndl=6300");
-    ok("begin; set " + kNewCell + " userLabel a; set " + kNewCell + " cellId 10");
+    ok("begin; set " + kWatchedNewCell + " userLabel a; set " + kWatchedNewCell + " cellId 10");
     ok("set " + kEnb + ",EUtranCellFDD=2 userLabel b");
     ok("commit");
-    ok("begin; set " + kNewCell + " userLabel aborted; abort");
-    ok("delete " + kNewCell);
+    ok("begin; set " + kWatchedNewCell + " userLabel aborted; abort");
+    ok("delete " + kWatchedNewCell);
 
     std::vector<std::string> mine = seen(1);
     ASSERT_GE(mine.size(), 4u);

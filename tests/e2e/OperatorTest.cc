@@ -20,8 +20,8 @@ namespace {
 
 using namespace vesk::e2e;
 
-const std::string kRelation = kCell + ",EUtranFreqRelation=1";
-const std::string kFrequency = kEnb + ",EUtraNetwork=1,EUtranFrequency=1";
+const std::string kOperatorRelation = kCell + ",EUtranFreqRelation=1";
+const std::string kOperatorFrequency = kEnb + ",EUtraNetwork=1,EUtranFrequency=1";
 
 using Lines = std::vector<std::string>;
 
@@ -82,7 +82,7 @@ std::string blackList(int entries) {
     for (int i = 0; i < entries; ++i) {
         words += " startPci=" + std::to_string(i) + ",pciRange=1";
     }
-    return "set " + kRelation + " blackListEntry" + words;
+    return "set " + kOperatorRelation + " blackListEntry" + words;
 }
 
 // A class no validation rule guards, so the refusal comes from the reference check at commit.
@@ -105,7 +105,8 @@ const Case kCases[] = {
         "create " + kEnb + " EUtranCellFDD=1 cellId=4 earfcndl=1300; get " + kCell,
         {"error: " + kCell + " exists already", "earfcndl: 6300", "UNLOCKED", "tac: 100"}),
     row("ParentThatDoesNotExist", kText,
-        "create " + kEnb + ",EUtranCellFDD=9 EUtranFreqRelation=1 eutranFrequencyRef=" + kFrequency,
+        "create " + kEnb +
+            ",EUtranCellFDD=9 EUtranFreqRelation=1 eutranFrequencyRef=" + kOperatorFrequency,
         {"error: no MO " + kEnb + ",EUtranCellFDD=9: the parent must exist first"}),
     row("ChildCardinality", kText,
         "create ManagedElement=1 ENodeBFunction=2 eNBId=2; count ManagedElement=1 ENodeBFunction",
@@ -119,13 +120,13 @@ const Case kCases[] = {
         {"error: member 'mcc' of eNodeBPlmnId is given twice",
          "error: unknown member 'colour' of eNodeBPlmnId"}),
     row("StructListKeyTwice", kText,
-        "set " + kRelation + " blackListEntry startPci=7 startPci=7,pciRange=2",
+        "set " + kOperatorRelation + " blackListEntry startPci=7 startPci=7,pciRange=2",
         {"error: blackListEntry: startPci '7' is given twice"}),
     row("ReferenceToTheWrongClass", kText,
-        "set " + kRelation + " eutranFrequencyRef " + kCell + "; get " + kRelation,
+        "set " + kOperatorRelation + " eutranFrequencyRef " + kCell + "; get " + kOperatorRelation,
         {"error: eutranFrequencyRef: " + kCell +
              " is of class EUtranCellFDD; the model allows EUtranFrequency",
-         "eutranFrequencyRef: \"" + kFrequency}),
+         "eutranFrequencyRef: \"" + kOperatorFrequency}),
     row("MalformedIds", kText,
         "create " + kEnb + " EUtranCellFDD=a:b cellId=4 earfcndl=6300; get '" + kEnb +
             ",EUtranCellFDD=x;y'",

@@ -16,7 +16,7 @@ using namespace vesk::e2e;
 using vesk::log::LogCapture;
 typedef OrlOamSpiManagedObject_3 Mo;
 
-const std::string kRelation = kCell + ",EUtranFreqRelation=1";
+const std::string kReadRelation = kCell + ",EUtranFreqRelation=1";
 
 class ReadPathTest : public HostFixture {
   protected:
@@ -90,8 +90,9 @@ TEST_F(ReadPathTest, ReadsSeeCommittedDataAndNotAnotherTransactionsChanges) {
     values.release(values.containers);
 
     OrlMoAttributeValueResult_3 list = {nullptr, nullptr};
-    ASSERT_EQ(_host->callAgent(&Mo::getMoAttribute, tx, kRelation.c_str(), "blackListEntry", &list),
-              OrlOk);
+    ASSERT_EQ(
+        _host->callAgent(&Mo::getMoAttribute, tx, kReadRelation.c_str(), "blackListEntry", &list),
+        OrlOk);
     ASSERT_EQ(list.container->type, OrlOamSpiMoAttributeType_3_STRUCT);
     ASSERT_EQ(list.container->nrOfValues, 1u);
     OrlMoAttributeValueStructMember_3* member = list.container->values[0].structMember;

@@ -18,7 +18,7 @@ namespace {
 
 using namespace vesk::e2e;
 
-const std::string kPm = "ManagedElement=1,SystemFunctions=1,Pm=1";
+const std::string kValidationPm = "ManagedElement=1,SystemFunctions=1,Pm=1";
 
 // Commands and log lines are written with short names: $E the LTE function, $N its network, $F
 // a frequency, $X an external cell, $M an MME, $C cell 1, $R a cell relation of cell 1, $P the PM
@@ -32,8 +32,8 @@ std::string expand(const std::string& text) {
                {"$M", kEnb + ",TermPointToMme="},
                {"$C", kCell},
                {"$E", kEnb},
-               {"$G", kPm + ",PmGroup=EUtranCellFDD"},
-               {"$P", kPm}});
+               {"$G", kValidationPm + ",PmGroup=EUtranCellFDD"},
+               {"$P", kValidationPm}});
 }
 
 // A creation of a measurement reader under PM job `job` whose measurementSpecification names
@@ -220,7 +220,8 @@ INSTANTIATE_TEST_SUITE_P(
                     "; commit; exists $P,PmJob=A; ls $P,PmJob=B " + "MeasurementReader",
                 "OOOOOOOO",
                 {},
-                {{6, "", false}, {7, "", Json::array({kPm + ",PmJob=B,MeasurementReader=1"})}}},
+                {{6, "", false},
+                 {7, "", Json::array({kValidationPm + ",PmJob=B,MeasurementReader=1"})}}},
         // A channel and a state that are texts: the ninth relation passes, the MME goes.
         Session{"UnreadableAttributesTakeTheStartValue",
                 eightRelations() +

@@ -8,7 +8,7 @@
 namespace vesk::host {
 namespace {
 
-const std::string kData = VESK_DATA_DIR;
+const std::string kModelData = VESK_DATA_DIR;
 
 OrlOamSpiModelRepository_3* record3(Host& host) {
     void* record = nullptr;
@@ -28,7 +28,7 @@ TEST(HostModelTest, TheLoadedModelReplacesTheStubRecords) {
     EXPECT_EQ(host.model(), nullptr);
     EXPECT_EQ(record3(host)->getMocByDn("RbsUnit=1", &moc), OrlNotExist) << "still the stub";
 
-    ASSERT_TRUE(host.loadModel(kData + "/model", &error)) << error;
+    ASSERT_TRUE(host.loadModel(kModelData + "/model", &error)) << error;
     ASSERT_NE(host.model(), nullptr);
     EXPECT_EQ(record3(host)->getMocByDn("RbsUnit=1", &moc), 0);
     EXPECT_EQ(moc, model::makeHandle(model::Kind::kMoc, host.model()->mocByClass("RbsUnit")));
@@ -42,8 +42,8 @@ TEST(HostModelTest, OptionsPointAtTheModelTheInstanceFileAndTheStation) {
         << "--load needs no plug-in: " << error;
     EXPECT_EQ(options.loadStation, "/d/demo.xml");
     EXPECT_EQ(options.stationObjects, "/d/station-objects.xml");
-    EXPECT_EQ(options.modelDirectory, kData + "/model");
-    EXPECT_EQ(options.systemCreatedMos, kData + "/conf/system_created_MOs.xml");
+    EXPECT_EQ(options.modelDirectory, kModelData + "/model");
+    EXPECT_EQ(options.systemCreatedMos, kModelData + "/conf/system_created_MOs.xml");
 
     args = {"vesk-host", "-p",     "a.so",  "--model",           "/m",    "--system-created-mos",
             "/c.xml",    "--load", "x.xml", "--station-objects", "/o.xml"};

@@ -19,7 +19,7 @@ namespace vesk {
 namespace notificationtest {
 namespace {
 
-const std::string kCell = "ManagedElement=1,ENodeBFunction=1,EUtranCellFDD=1";
+const std::string kDeliveryCell = "ManagedElement=1,ENodeBFunction=1,EUtranCellFDD=1";
 
 size_t allocatedBytes() {
 #if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
@@ -33,7 +33,7 @@ class DeliveryTest : public ProducerFixture {
   protected:
     void updates(int count) {
         for (int i = 0; i < count; ++i) {
-            deliver(event(IPCData::OP_UPDATE, kCell,
+            deliver(event(IPCData::OP_UPDATE, kDeliveryCell,
                           {change("userLabel", std::string("label ") + std::to_string(i),
                                   IPCData::AVT_STRING)}));
         }

@@ -20,7 +20,7 @@ using vesk::dbtest::attr;
 using vesk::dbtest::committedString;
 using vesk::dbtest::putDn;
 
-const std::string kEnb = "ManagedElement=1,ENodeBFunction=1";
+const std::string kPriorityEnb = "ManagedElement=1,ENodeBFunction=1";
 const std::string kGroup = "ManagedElement=1,NodeBFunction=1,NodeBLocalCellGroup=1";
 
 // "F1", "T1", "W1": FDD, TDD and WCDMA cell 1, by key and by full dn.
@@ -31,7 +31,7 @@ std::string keyOf(const std::string& name) {
     return cls + name.substr(1);
 }
 std::string dnOf(const std::string& name) {
-    return (name[0] == 'W' ? kGroup : kEnb) + "," + keyOf(name);
+    return (name[0] == 'W' ? kGroup : kPriorityEnb) + "," + keyOf(name);
 }
 std::vector<std::string> words(const std::string& text) {
     std::istringstream in(text);
@@ -56,7 +56,7 @@ void putCell(const std::string& text, int handle) {
                                 IPCData::AVT_INT32, true, handle);
 }
 
-struct Row {
+struct PriorityRow {
     const char* name;
     std::string before;   // cells
     std::string changes;  // "u:F1" unlock, "l:F1" lock, "c:F1u" create unlocked
@@ -64,12 +64,13 @@ struct Row {
     const char* mode;
 };
 
-class CellPriority : public vesk::dbtest::DatabaseTest, public ::testing::WithParamInterface<Row> {
+class CellPriority : public vesk::dbtest::DatabaseTest,
+                     public ::testing::WithParamInterface<PriorityRow> {
   protected:
     void SetUp() override {
         DatabaseTest::SetUp();
         vesk::station::setStateDirectory(_dir.path());
-        for (const std::string& dn : {std::string("ManagedElement=1"), kEnb,
+        for (const std::string& dn : {std::string("ManagedElement=1"), kPriorityEnb,
                                       std::string("ManagedElement=1,NodeBFunction=1"), kGroup})
             putDn(dn, {});
     }
@@ -87,7 +88,7 @@ class CellPriority : public vesk::dbtest::DatabaseTest, public ::testing::WithPa
 };
 
 TEST_P(CellPriority, ChangesLeaveUnlockedCellsRankedWithoutGapsAndTheModeTheCellsCallFor) {
-    const Row& row = GetParam();
+    const PriorityRow& row = GetParam();
     for (const std::string& cell : words(row.before))
         putCell(cell, 0);
     const std::string mode = row.mode;
@@ -112,15 +113,16 @@ TEST_P(CellPriority, ChangesLeaveUnlockedCellsRankedWithoutGapsAndTheModeTheCell
 
 INSTANTIATE_TEST_SUITE_P(
     Maps, CellPriority,
-    ::testing::Values(Row{"FirstUnlockedCellOfAnEmptyNode", "F1:10l", "u:F1", "F1:1", "hc_lte"},
-                      Row{"GapsCloseAtTheModeCheck", "F1:1u F2:2u F3:4u W1:10l", "",
-                          "F1:1 F2:2 F3:3 W1:10", "hc_lte"},
-                      Row{"UnlockedRanksAheadOfALockedCellStillRanked", "F1:1u F2:2l F3:10l",
-                          "u:F3", "F1:1 F2:10 F3:2", "hc_lte"},
-                      Row{"OnATieTheLastClassWinsAndTheLosersKeepTheirValue",
-                          "F1:2u W1:2u T1:2u F2:10l", "u:F2", "F1:2 F2:2 T1:1 W1:2", "mixed"},
-                      Row{"CreatedCellsArePlacedByTheirState", "F1:1u+ W1:2u+ F3:-l",
-                          "c:T1u c:F2l u:F3", "F1:1 F2:10 F3:4 T1:3 W1:2", "mixed"}),
-    [](const ::testing::TestParamInfo<Row>& info) { return info.param.name; });
+    ::testing::Values(
+        PriorityRow{"FirstUnlockedCellOfAnEmptyNode", "F1:10l", "u:F1", "F1:1", "hc_lte"},
+        PriorityRow{"GapsCloseAtTheModeCheck", "F1:1u F2:2u F3:4u W1:10l", "",
+                    "F1:1 F2:2 F3:3 W1:10", "hc_lte"},
+        PriorityRow{"UnlockedRanksAheadOfALockedCellStillRanked", "F1:1u F2:2l F3:10l", "u:F3",
+                    "F1:1 F2:10 F3:2", "hc_lte"},
+        PriorityRow{"OnATieTheLastClassWinsAndTheLosersKeepTheirValue", "F1:2u W1:2u T1:2u F2:10l",
+                    "u:F2", "F1:2 F2:2 T1:1 W1:2", "mixed"},
+        PriorityRow{"CreatedCellsArePlacedByTheirState", "F1:1u+ W1:2u+ F3:-l", "c:T1u c:F2l u:F3",
+                    "F1:1 F2:10 F3:4 T1:3 W1:2", "mixed"}),
+    [](const ::testing::TestParamInfo<PriorityRow>& info) { return info.param.name; });
 
 }  // namespace

@@ -19,7 +19,7 @@ using TibVeskOI::VeskOI;
 // A row's script: words of an operation letter, a handle digit and an MO name. '+' inserts an
 // invalid commit, '-' removes that pair, 'x' the handle's invalid commits, 'k' inserts a checked
 // commit, 'y' removes the handle's checked commits, 'c' commits, 'r' rolls back.
-struct Row {
+struct ListRow {
     const char* name;
     std::string script;
     std::string invalid, checked, blackList;
@@ -78,7 +78,7 @@ int runWord(VeskOI& oi, const std::string& word) {
 }
 
 TEST(CommitLists, WalksAndStages) {
-    const std::vector<Row> rows = {
+    const std::vector<ListRow> rows = {
         {"AdjacentSecondSurvives", "+1a +1b x1", "1:b", "", "1", 0},
         {"ErasedLastWrapsToTheFront", "+1a +2x +1b x1", "2:x", "", "1 2 1", 0},
         {"SecondBehindOtherStays", "+2x +1a +1b x1", "2:x 1:b", "", "2 1", 0},
@@ -94,7 +94,7 @@ TEST(CommitLists, WalksAndStages) {
         {"RollbackKeepsTheBlackList", "+1a k1b +2x r1", "2:x", "", "1 2", 0},
     };
     VeskOI& oi = *VeskOI::getVeskOI();
-    for (const Row& row : rows) {
+    for (const ListRow& row : rows) {
         SCOPED_TRACE(row.name);
         drain(oi);
         vesk::log::LogCapture capture;

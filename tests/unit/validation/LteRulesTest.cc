@@ -24,19 +24,20 @@ using vesk::dbtest::attr;
 using vesk::dbtest::committedString;
 using vesk::dbtest::putDn;
 
-const std::string kEnb = "ManagedElement=1,ENodeBFunction=1", kNet = kEnb + ",EUtraNetwork=1";
-const std::string kF1 = kNet + ",EUtranFrequency=1", kF2 = kNet + ",EUtranFrequency=2";
-const std::string kC1 = kEnb + ",EUtranCellFDD=1", kC2 = kEnb + ",EUtranCellFDD=2";
-const std::string kC3 = kEnb + ",EUtranCellFDD=3", kTdd = kEnb + ",EUtranCellTDD=1";
-const std::string kX1 = kNet + ",ExternalENodeBFunction=1,ExternalEUtranCellFDD=1";
-const std::string kX2 = kNet + ",ExternalENodeBFunction=1,ExternalEUtranCellFDD=2";
+const std::string kRulesEnb = "ManagedElement=1,ENodeBFunction=1",
+                  kRulesNet = kRulesEnb + ",EUtraNetwork=1";
+const std::string kF1 = kRulesNet + ",EUtranFrequency=1", kF2 = kRulesNet + ",EUtranFrequency=2";
+const std::string kC1 = kRulesEnb + ",EUtranCellFDD=1", kC2 = kRulesEnb + ",EUtranCellFDD=2";
+const std::string kC3 = kRulesEnb + ",EUtranCellFDD=3", kRulesTdd = kRulesEnb + ",EUtranCellTDD=1";
+const std::string kX1 = kRulesNet + ",ExternalENodeBFunction=1,ExternalEUtranCellFDD=1";
+const std::string kX2 = kRulesNet + ",ExternalENodeBFunction=1,ExternalEUtranCellFDD=2";
 const std::string kRel = kC1 + ",EUtranFreqRelation=1,EUtranCellRelation=1";
-const std::string kMme = kEnb + ",TermPointToMme", kLte = "VeskLTEOI::";
+const std::string kMme = kRulesEnb + ",TermPointToMme", kLte = "VeskLTEOI::";
 
-Attribute* number(const std::string& name, int value) {
+Attribute* ruleNumber(const std::string& name, int value) {
     return attr(name, AttributeVariant(value), IPCData::AVT_INT32);
 }
-Attribute* text(const std::string& name, const std::string& value) {
+Attribute* ruleText(const std::string& name, const std::string& value) {
     return attr(name, AttributeVariant(value), IPCData::AVT_STRING);
 }
 
@@ -74,7 +75,7 @@ bool marked(unsigned long tx) {
 
 // One change ('s' set, 'c' create of "parent,Class", 'd' delete), its answer, a rule line it must
 // write once ("" unchecked) and the list of notes it must join.
-struct Row {
+struct RuleRow {
     const char* name;
     char op;
     std::string dn;
@@ -92,36 +93,36 @@ class LteRules : public vesk::dbtest::DatabaseTest {
   protected:
     void SetUp() override {
         DatabaseTest::SetUp();
-        putDn("OAM", {number("AI_phase", 4)});
+        putDn("OAM", {ruleNumber("AI_phase", 4)});
         putDn("StaticParams", {attr("autoLBDisabled", AttributeVariant(false), IPCData::AVT_BOOL)});
-        for (const std::string& dn : {std::string("ManagedElement=1"), kEnb, kNet,
-                                      kNet + ",ExternalENodeBFunction=1", kX1, kX2})
+        for (const std::string& dn : {std::string("ManagedElement=1"), kRulesEnb, kRulesNet,
+                                      kRulesNet + ",ExternalENodeBFunction=1", kX1, kX2})
             putDn(dn, {});
-        putDn(kF1, {number("arfcnValueEUtranDl", 17999)});
-        putDn(kF2, {number("arfcnValueEUtranDl", 1300)});
-        putDn(kNet + ",EUtranFrequency=3", {text("arfcnValueEUtranDl", "3100")});
-        putDn(kC1, {number("earfcndl", 17999), number("administrativeState", 1)});
-        putDn(kC2, {number("earfcndl", 18000), number("administrativeState", 1)});
-        putDn(kC3, {text("earfcndl", "17999"), number("administrativeState", 0)});
-        putDn(kTdd, {number("earfcn", 38000), number("administrativeState", 0)});
+        putDn(kF1, {ruleNumber("arfcnValueEUtranDl", 17999)});
+        putDn(kF2, {ruleNumber("arfcnValueEUtranDl", 1300)});
+        putDn(kRulesNet + ",EUtranFrequency=3", {ruleText("arfcnValueEUtranDl", "3100")});
+        putDn(kC1, {ruleNumber("earfcndl", 17999), ruleNumber("administrativeState", 1)});
+        putDn(kC2, {ruleNumber("earfcndl", 18000), ruleNumber("administrativeState", 1)});
+        putDn(kC3, {ruleText("earfcndl", "17999"), ruleNumber("administrativeState", 0)});
+        putDn(kRulesTdd, {ruleNumber("earfcn", 38000), ruleNumber("administrativeState", 0)});
         for (const std::string& cell : {kC1, kC2, kC3}) {
-            putDn(cell + ",EUtranFreqRelation=1", {text("eutranFrequencyRef", kF1)});
+            putDn(cell + ",EUtranFreqRelation=1", {ruleText("eutranFrequencyRef", kF1)});
             putDn(cell + ",EUtranFreqRelation=2",
-                  {text("eutranFrequencyRef", "EUtranFrequency=2")});
+                  {ruleText("eutranFrequencyRef", "EUtranFrequency=2")});
             for (int i = 3; i <= 8; ++i)
                 putDn(cell + ",EUtranFreqRelation=" + std::to_string(i), {});
         }
-        putDn(kRel, {text("neighborCellRef", kX1)});
-        putDn(kMme + "=1", {text("ipAddress1", "10.0.0.1"), text("ipAddress2", "10.0.0.2"),
-                            number("administrativeState", 1)});
-        putDn(kMme + "=2", {text("ipAddress1", "10.0.0.3"), text("ipAddress2", "0.0.0.0"),
-                            number("administrativeState", 0)});
-        putDn(kMme + "=3", {text("ipAddress1", "10.0.0.4"), text("ipAddress2", "10.0.0.5"),
-                            text("administrativeState", "UNLOCKED")});
+        putDn(kRel, {ruleText("neighborCellRef", kX1)});
+        putDn(kMme + "=1", {ruleText("ipAddress1", "10.0.0.1"), ruleText("ipAddress2", "10.0.0.2"),
+                            ruleNumber("administrativeState", 1)});
+        putDn(kMme + "=2", {ruleText("ipAddress1", "10.0.0.3"), ruleText("ipAddress2", "0.0.0.0"),
+                            ruleNumber("administrativeState", 0)});
+        putDn(kMme + "=3", {ruleText("ipAddress1", "10.0.0.4"), ruleText("ipAddress2", "10.0.0.5"),
+                            ruleText("administrativeState", "UNLOCKED")});
     }
 
     // Hands the row's change to the validation component under handle `tx`.
-    void check(const Row& row, unsigned long tx) {
+    void check(const RuleRow& row, unsigned long tx) {
         SCOPED_TRACE(row.name);
         vesk::log::LogCapture capture;
         std::vector<OrlMoNamedAttributeValueContainer_3> named;
@@ -151,14 +152,14 @@ class LteRules : public vesk::dbtest::DatabaseTest {
                       IPCData::AttributeValueType type) {
         ASSERT_NE(IDatabase::setAttribute(dn, 1, name, value, true, type, false, 0), 0);
     }
-    void checkAll(const std::vector<Row>& rows, unsigned long firstTx) {
+    void checkAll(const std::vector<RuleRow>& rows, unsigned long firstTx) {
         for (size_t i = 0; i < rows.size(); ++i)
             check(rows[i], firstTx + i);
     }
 };
 
 TEST_F(LteRules, Frequencies) {
-    const std::string f = kNet + ",EUtranFrequency", n = "arfcnValueEUtranDl";
+    const std::string f = kRulesNet + ",EUtranFrequency", n = "arfcnValueEUtranDl";
     const std::string refused = "validateArfcn arfcnValueEUtranDl validation failed ";
     checkAll(
         {
@@ -216,12 +217,12 @@ TEST_F(LteRules, MmeTerminations) {
     for (int i = 4; i <= 17; ++i) {
         check({"Count", 'c', kMme, {{a1, str("10.0.1.1")}}, i <= 16 ? 0 : -9, i <= 16 ? "" : full},
               400 + i);
-        putDn(kMme + "=" + std::to_string(i), {text(a1, "0.0.0.0"), text(a2, "0.0.0.0")});
+        putDn(kMme + "=" + std::to_string(i), {ruleText(a1, "0.0.0.0"), ruleText(a2, "0.0.0.0")});
     }
 }
 
 TEST_F(LteRules, CellRelations) {
-    const std::string utran = kEnb + ",UtraNetwork=1,UtranFrequency=1,ExternalUtranCellFDD=1";
+    const std::string utran = kRulesEnb + ",UtraNetwork=1,UtranFrequency=1,ExternalUtranCellFDD=1";
     const std::string n = "neighborCellRef",
                       utranRel = kC1 + ",UtranFreqRelation=1,UtranCellRelation";
     const std::string cdmaRel = kC1 + ",Cdma2000FreqBandRelation=1,Cdma2000CellRelation";
@@ -230,7 +231,7 @@ TEST_F(LteRules, CellRelations) {
     checkAll(
         {{"UtranCellAsNeighbour", 's', kRel, {{n, dnRef("X=1,UtranCell=1")}}, -9},
          {"ExternalCell", 's', kRel, {{n, dnRef(kX2)}}, 0},
-         {"CellNotInDatabase", 's', kRel, {{n, dnRef(kEnb + ",EUtranCellTDD=7")}}, 0},
+         {"CellNotInDatabase", 's', kRel, {{n, dnRef(kRulesEnb + ",EUtranCellTDD=7")}}, 0},
          {"NumberAsReference", 's', kRel, {{n, num(5)}}, -9},
          {"NoValue", 's', kRel, {{n, none(11)}}, -9},
          {"OtherAttribute", 's', kRel, {{"isHoAllowed", num(0)}}, 0},
@@ -244,40 +245,43 @@ TEST_F(LteRules, CellRelations) {
 }
 
 TEST_F(LteRules, CellsAndTheirFunctions) {
-    const std::string qci = kEnb + ",QciTable=default,QciProfilePredefined=qci1";
-    const std::string ca = kEnb + ",CarrierAggregationFunction=1",
-                      wifi = kEnb + ",WiFiChannelSelection=1";
+    const std::string qci = kRulesEnb + ",QciTable=default,QciProfilePredefined=qci1";
+    const std::string ca = kRulesEnb + ",CarrierAggregationFunction=1",
+                      wifi = kRulesEnb + ",WiFiChannelSelection=1";
     const std::string restricted =
-        "validateCellSetAttribute " + kTdd +
+        "validateCellSetAttribute " + kRulesTdd +
         "::isDlOnly is handled as restricted attribute, changing not allowed";
     const std::string raised = "updateLoadBalancingFlag updating flag to TRUE";
-    checkAll(
-        {{"RestrictedOnTddCell", 's', kTdd, {{"isDlOnly", num(1)}}, -9, restricted},
-         {"RestrictedOnNewCell", 's', kEnb + ",EUtranCellFDD=7", {{"numOfRxAntennas", num(4)}}, 0},
-         {"Bandwidth",
-          's',
-          kC1,
-          {{"dlChannelBandwidth", num(5000)}},
-          0,
-          "",
-          &VeskLTEOI::bandwidthCheckTxs},
-         {"CarrierAggregation",
-          's',
-          ca,
-          {{"sCellActDeactDataThresHyst", num(9)}},
-          0,
-          "",
-          &VeskLTEOI::carrierAggregationCheckTxs},
-         {"CandidateChannels",
-          's',
-          wifi,
-          {{"candidateChannels", none(14)}},
-          0,
-          "",
-          &VeskLTEOI::candidateChannelCheckTxs},
-         {"QciQuanta", 's', qci, {{"qciSubscriptionQuanta", num(3)}}, 0, raised},
-         {"ExternalCellOfNone", 's', kX2, {{"eutranFrequencyRef", dnRef(kF2)}}, 0}},
-        600);
+    checkAll({{"RestrictedOnTddCell", 's', kRulesTdd, {{"isDlOnly", num(1)}}, -9, restricted},
+              {"RestrictedOnNewCell",
+               's',
+               kRulesEnb + ",EUtranCellFDD=7",
+               {{"numOfRxAntennas", num(4)}},
+               0},
+              {"Bandwidth",
+               's',
+               kC1,
+               {{"dlChannelBandwidth", num(5000)}},
+               0,
+               "",
+               &VeskLTEOI::bandwidthCheckTxs},
+              {"CarrierAggregation",
+               's',
+               ca,
+               {{"sCellActDeactDataThresHyst", num(9)}},
+               0,
+               "",
+               &VeskLTEOI::carrierAggregationCheckTxs},
+              {"CandidateChannels",
+               's',
+               wifi,
+               {{"candidateChannels", none(14)}},
+               0,
+               "",
+               &VeskLTEOI::candidateChannelCheckTxs},
+              {"QciQuanta", 's', qci, {{"qciSubscriptionQuanta", num(3)}}, 0, raised},
+              {"ExternalCellOfNone", 's', kX2, {{"eutranFrequencyRef", dnRef(kF2)}}, 0}},
+             600);
     EXPECT_EQ(committedString("StaticParams", "autoLBDisabled"), "1");
     // Before integration the channels are only synchronised at commit.
     setCommitted("OAM", "AI_phase", AttributeVariant(3), IPCData::AVT_INT32);
@@ -337,7 +341,7 @@ TEST_F(LteRules, AbortForgetsTheNotesOfItsTransaction) {
     lte.validateCellSetAttribute(tx, kC1.c_str(), "ulChannelBandwidth", nullptr);
     lte.validateEUtranFreqRelationDeletion(tx, (kC1 + ",EUtranFreqRelation=3").c_str());
     lte.validateEUtranFreqRelationDeletion(tx, (kC1 + ",EUtranFreqRelation=4").c_str());
-    lte.validateEUtranFrequencyCreation(tx, kNet.c_str(), "EUtranFrequency", nullptr);
+    lte.validateEUtranFrequencyCreation(tx, kRulesNet.c_str(), "EUtranFrequency", nullptr);
     lte.abort(tx);
     EXPECT_EQ(noted(&VeskLTEOI::bandwidthCheckTxs, tx), 1u);
     EXPECT_TRUE(lte.freqRelationDeletions().empty() ||
