@@ -1,16 +1,20 @@
 // The host's NETCONF server with the real agent on the demo station grown to 10,000 MOs, driven
 // over SSH on loopback by the protocol library's own client: an edit-config of one attribute
 // (merge, committed) and a get-config of the whole station, each timed from the client's send
-// to its reply (p50_us, p99_us).
+// to its reply (p50_us, p99_us); and clients that connect at once, each timed from the common
+// start to its session (SSH and hello handshakes done). VESK_BENCH_HANDSHAKES sets how many
+// handshakes the server runs at once (default: the server's own).
 #include <benchmark/benchmark.h>
 #include <nc_client.h>
 #include <stdlib.h>
 
+#include <algorithm>
 #include <chrono>
 #include <cstring>
 #include <fstream>
 #include <memory>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include "bench/AgentBench.h"
@@ -36,6 +40,7 @@ struct Bench {
     std::unique_ptr<vesk::host::netconf::NetconfServer> server;
     vesk::host::netconf::Schemas clientSchemas;
     nc_session* session = nullptr;
+    uint16_t port = 0;
 };
 Bench* g_bench = nullptr;
 
@@ -71,6 +76,15 @@ int anyHostKey(const char*, ssh_session, void*) {
     return 0;
 }
 
+// The client settings of the calling thread (the library keeps them per thread).
+void clientSettings() {
+    nc_client_ssh_set_username("bench");
+    nc_client_ssh_set_auth_password_clb(password, nullptr);
+    nc_client_ssh_set_auth_hostkey_check_clb(anyHostKey, nullptr);
+    nc_client_ssh_set_auth_pref(NC_SSH_AUTH_PUBLICKEY, -1);
+    nc_client_ssh_set_auth_pref(NC_SSH_AUTH_INTERACTIVE, -1);
+}
+
 void ensureServer() {
     if (g_bench != nullptr)
         return;
@@ -93,16 +107,15 @@ void ensureServer() {
     config.stateDirectory = g_bench->dir;
     config.modelDirectory = kData + "/model";
     config.protocolDirectory = kData + "/netconf";
+    if (const char* handshakes = getenv("VESK_BENCH_HANDSHAKES"))
+        config.acceptingThreads = atoi(handshakes);
+    g_bench->port = config.port;
     g_bench->server.reset(new vesk::host::netconf::NetconfServer(*g_bench->host, *g_bench->view));
     if (!g_bench->server->start(config, &error) ||
         !g_bench->clientSchemas.load(config.modelDirectory, config.protocolDirectory, &error))
         die(error);
     nc_client_init();
-    nc_client_ssh_set_username("bench");
-    nc_client_ssh_set_auth_password_clb(password, nullptr);
-    nc_client_ssh_set_auth_hostkey_check_clb(anyHostKey, nullptr);
-    nc_client_ssh_set_auth_pref(NC_SSH_AUTH_PUBLICKEY, -1);
-    nc_client_ssh_set_auth_pref(NC_SSH_AUTH_INTERACTIVE, -1);
+    clientSettings();
     g_bench->session = nc_connect_ssh("127.0.0.1", config.port, g_bench->clientSchemas.context());
     if (g_bench->session == nullptr)
         die("cannot connect");
@@ -176,6 +189,52 @@ void BM_GetConfigWholeStation(benchmark::State& state) {
     vesk::bench::reportPercentiles(state, us);
 }
 BENCHMARK(BM_GetConfigWholeStation)->Iterations(5)->Unit(benchmark::kMillisecond);
+
+// Clients connecting at the same moment, each from a thread and a model context of its own:
+// p50_us/p99_us of the time from the start to each client's session, last_ms the time until
+// every client has one.
+void BM_ConnectAtOnce(benchmark::State& state) {
+    ensureServer();
+    const size_t clients = static_cast<size_t>(state.range(0));
+    std::vector<std::unique_ptr<vesk::host::netconf::Schemas>> contexts;
+    for (size_t i = 0; i < clients; ++i) {
+        contexts.emplace_back(new vesk::host::netconf::Schemas);
+        std::string error;
+        if (!contexts.back()->load(kData + "/model", kData + "/netconf", &error))
+            die(error);
+    }
+    std::vector<double> us;
+    double lastMs = 0;
+    for (auto _ : state) {
+        std::vector<double> took(clients, -1);
+        std::vector<std::thread> threads;
+        const auto start = Clock::now();
+        for (size_t i = 0; i < clients; ++i) {
+            threads.emplace_back([&, i] {
+                clientSettings();
+                nc_session* session =
+                    nc_connect_ssh("127.0.0.1", g_bench->port, contexts[i]->context());
+                if (session != nullptr) {
+                    took[i] =
+                        std::chrono::duration<double, std::micro>(Clock::now() - start).count();
+                    nc_session_free(session, nullptr);
+                }
+                nc_thread_destroy();
+            });
+        }
+        for (std::thread& thread : threads)
+            thread.join();
+        if (*std::min_element(took.begin(), took.end()) < 0) {
+            state.SkipWithError("a client could not connect");
+            break;
+        }
+        us.insert(us.end(), took.begin(), took.end());
+        lastMs = std::max(lastMs, *std::max_element(took.begin(), took.end()) / 1000);
+    }
+    state.counters["last_ms"] = lastMs;
+    vesk::bench::reportPercentiles(state, us);
+}
+BENCHMARK(BM_ConnectAtOnce)->Arg(8)->Iterations(3)->UseRealTime()->Unit(benchmark::kMillisecond);
 
 }  // namespace
 

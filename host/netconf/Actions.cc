@@ -69,7 +69,16 @@ nc_server_reply* resultReply(const lyd_node* action, const cli::Json& result) {
         lyd_free_all(output);
         return nc_server_reply_ok();
     }
-    // The reply is given the action node; the library frees its whole tree.
+    // The reply holds the action node alone (the library prints its output leaves and frees the
+    // node with them); the copies of the MO entries above it are freed here.
+    lyd_node* top = output;
+    while (lyd_parent(top) != nullptr) {
+        top = lyd_parent(top);
+    }
+    lyd_unlink_tree(output);
+    if (top != output) {
+        lyd_free_all(top);
+    }
     return nc_server_reply_data(output, NC_WD_EXPLICIT, NC_PARAMTYPE_FREE);
 }
 

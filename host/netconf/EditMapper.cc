@@ -103,6 +103,10 @@ bool EditMapper::apply(const lyd_node* edit, EditOp defaultOp, bool keepGoing,
     return ok;
 }
 
+std::string EditMapper::childDn(const std::string& parentDn, Id moc, const std::string& id) const {
+    return (parentDn.empty() ? "" : parentDn + ",") + _model.className(moc) + "=" + id;
+}
+
 bool EditMapper::isMo(Id moc, const lyd_node* node, Id* child) const {
     std::string ignored;
     return node->schema->nodetype == LYS_LIST &&
@@ -117,8 +121,7 @@ bool EditMapper::applyMo(const lyd_node* node, const std::string& parentDn, Id p
                       std::string("no class ") + node->schema->name + " below " + parentDn);
     }
     const std::string id = text(lyd_child(node));
-    const std::string dn =
-        (parentDn.empty() ? "" : parentDn + ",") + _model.className(moc) + "=" + id;
+    const std::string dn = childDn(parentDn, moc, id);
     const EditOp op = opOf(node, inherited);
     const bool exists = _target.exists(dn);
     EditRefusal refusal;
@@ -155,23 +158,11 @@ bool EditMapper::applyMo(const lyd_node* node, const std::string& parentDn, Id p
 
 bool EditMapper::createMo(const lyd_node* node, const std::string& parentDn, Id parent, Id moc,
                           const std::string& id) {
-    const std::string dn =
-        (parentDn.empty() ? "" : parentDn + ",") + _model.className(moc) + "=" + id;
-    std::vector<std::pair<Id, Json>> attributes;
-    std::vector<const lyd_node*> mos;
+    const std::string dn = childDn(parentDn, moc, id);
     std::map<std::string, Group> groups;
-    for (const lyd_node* child = lyd_child(node)->next; child != nullptr; child = child->next) {
-        Id ignored = kNone;
-        if (isMo(moc, child, &ignored)) {
-            mos.push_back(child);
-            continue;
-        }
-        Group& group = groups[child->schema->name];
-        group.nodes.push_back(child);
-        group.kind = child->schema->nodetype;
-        std::string unknown;
-        _model.resolveAttribute(moc, child->schema->name, &group.attribute, &unknown);
-    }
+    std::vector<const lyd_node*> mos;
+    split(node, moc, &groups, &mos);
+    std::vector<std::pair<Id, Json>> attributes;
     for (const auto& entry : groups) {
         Json value;
         bool changed = false;
@@ -187,32 +178,39 @@ bool EditMapper::createMo(const lyd_node* node, const std::string& parentDn, Id 
         _refusals->push_back(refusal);
         return false;
     }
-    bool ok = true;
-    for (size_t i = 0; i < mos.size() && (ok || _keepGoing); ++i) {
-        ok = applyMo(mos[i], dn, moc, EditOp::kMerge) && ok;
-    }
-    return ok;
+    return applyMos(mos, dn, moc, EditOp::kMerge);
 }
 
 bool EditMapper::applyChildren(const lyd_node* node, const std::string& dn, Id moc, EditOp op) {
     std::map<std::string, Group> groups;
     std::vector<const lyd_node*> mos;
+    split(node, moc, &groups, &mos);
+    bool ok = true;
+    for (auto it = groups.begin(); it != groups.end() && (ok || _keepGoing); ++it) {
+        ok = applyAttribute(dn, moc, it->second, op) && ok;
+    }
+    return (ok || _keepGoing) && applyMos(mos, dn, moc, op) && ok;
+}
+
+void EditMapper::split(const lyd_node* node, Id moc, std::map<std::string, Group>* groups,
+                       std::vector<const lyd_node*>* mos) const {
     for (const lyd_node* child = lyd_child(node)->next; child != nullptr; child = child->next) {
         Id ignored = kNone;
         if (isMo(moc, child, &ignored)) {
-            mos.push_back(child);
+            mos->push_back(child);
             continue;
         }
-        Group& group = groups[child->schema->name];
+        Group& group = (*groups)[child->schema->name];
         group.nodes.push_back(child);
         group.kind = child->schema->nodetype;
         std::string unknown;
         _model.resolveAttribute(moc, child->schema->name, &group.attribute, &unknown);
     }
+}
+
+bool EditMapper::applyMos(const std::vector<const lyd_node*>& mos, const std::string& dn, Id moc,
+                          EditOp op) {
     bool ok = true;
-    for (auto it = groups.begin(); it != groups.end() && (ok || _keepGoing); ++it) {
-        ok = applyAttribute(dn, moc, it->second, op) && ok;
-    }
     for (size_t i = 0; i < mos.size() && (ok || _keepGoing); ++i) {
         ok = applyMo(mos[i], dn, moc, op) && ok;
     }

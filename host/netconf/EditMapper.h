@@ -7,6 +7,7 @@
 // own earlier writes.
 #pragma once
 
+#include <map>
 #include <string>
 #include <vector>
 
@@ -69,12 +70,19 @@ class EditMapper {
     bool createMo(const lyd_node* node, const std::string& parentDn, cli::Id parent, cli::Id moc,
                   const std::string& id);
     bool applyChildren(const lyd_node* node, const std::string& dn, cli::Id moc, EditOp op);
+    // The children of MO entry `node` after its key: attribute groups by name, child MO entries.
+    void split(const lyd_node* node, cli::Id moc, std::map<std::string, Group>* groups,
+               std::vector<const lyd_node*>* mos) const;
+    // Applies the child MO entries `mos` of `dn` in order (all of them with continue-on-error).
+    bool applyMos(const std::vector<const lyd_node*>& mos, const std::string& dn, cli::Id moc,
+                  EditOp op);
     bool replaceRest(const lyd_node* node, const std::string& dn, cli::Id moc);
     bool applyAttribute(const std::string& dn, cli::Id moc, const Group& group, EditOp op);
     bool newValue(const std::string& dn, const Group& group, EditOp op, cli::Json* value,
                   bool* changed);
     bool refuse(EditRefusal::Tag tag, const std::string& dn, const std::string& message);
     bool isMo(cli::Id moc, const lyd_node* node, cli::Id* child) const;
+    std::string childDn(const std::string& parentDn, cli::Id moc, const std::string& id) const;
 
     const cli::ModelView& _model;
     EditTarget& _target;

@@ -2,6 +2,7 @@
 
 #include <nc_server.h>
 
+#include <algorithm>
 #include <chrono>
 #include <cstdlib>
 #include <cstring>
@@ -22,6 +23,8 @@ constexpr char kEndpoint[] = "main";
 // time-out; the others serve on.
 constexpr int kServingThreads = 4;
 constexpr size_t kMostSessions = 64;
+// How long a thread waits for a connection or a request before it looks whether to stop.
+constexpr int kWaitMs = 200;
 
 // The process's server, for the protocol library's callbacks.
 NetconfServer* g_server = nullptr;
@@ -129,7 +132,9 @@ bool NetconfServer::start(const NetconfConfig& config, std::string* error) {
     }
     _poll = nc_ps_new();
     _running = true;
-    _acceptor = std::thread([this] { acceptLoop(); });
+    for (int i = 0; i < std::max(1, config.acceptingThreads); ++i) {
+        _acceptors.emplace_back([this] { acceptLoop(); });
+    }
     for (int i = 0; i < kServingThreads; ++i) {
         _servers.emplace_back([this] { serveLoop(); });
     }
@@ -140,14 +145,18 @@ void NetconfServer::stop() {
     if (!_running.exchange(false)) {
         return;
     }
-    _acceptor.join();
+    for (std::thread& thread : _acceptors) {
+        thread.join();
+    }
     for (std::thread& thread : _servers) {
         thread.join();
     }
+    _acceptors.clear();
     _servers.clear();
-    while (nc_ps_session_count(_poll) > 0) {
-        nc_session* session = nc_ps_get_session(_poll, 0);
-        nc_ps_del_session(_poll, session);
+    // No thread is left to serve or accept: the sessions still open end here.
+    while (!_sessions.empty()) {
+        nc_session* session = _sessions.back();
+        release(session);
         closed(session);
     }
     nc_ps_free(_poll);
@@ -157,21 +166,13 @@ void NetconfServer::stop() {
 }
 
 void NetconfServer::acceptLoop() {
+    // The accepting threads take turns waiting for a connection; each runs the handshake of
+    // the client it took while the others wait for the next.
     while (_running) {
         nc_session* session = nullptr;
-        NC_MSG_TYPE accepted = nc_accept(200, &session);
-        if (accepted != NC_MSG_HELLO) {
-            continue;
+        if (nc_accept(kWaitMs, &session) == NC_MSG_HELLO) {
+            admit(session);
         }
-        if (nc_ps_session_count(_poll) >= kMostSessions) {
-            VESK_WARNING("NETCONF: session of %s from %s closed: %zu sessions are open already",
-                         nc_session_get_username(session), nc_session_get_host(session),
-                         kMostSessions);
-            nc_session_free(session, nullptr);
-            continue;
-        }
-        opened(session);
-        nc_ps_add_session(_poll, session);
     }
     nc_thread_destroy();
 }
@@ -179,7 +180,7 @@ void NetconfServer::acceptLoop() {
 void NetconfServer::serveLoop() {
     while (_running) {
         nc_session* session = nullptr;
-        int result = nc_ps_poll(_poll, 200, &session);
+        int result = nc_ps_poll(_poll, kWaitMs, &session);
         if (result & NC_PSPOLL_NOSESSIONS) {
             // The poll does not wait when there is nothing to poll.
             std::this_thread::sleep_for(std::chrono::milliseconds(20));
@@ -188,19 +189,42 @@ void NetconfServer::serveLoop() {
         if (result & NC_PSPOLL_SSH_CHANNEL) {
             nc_session* channel = nullptr;
             if (nc_ps_accept_ssh_channel(_poll, &channel) == NC_MSG_HELLO) {
-                opened(channel);
-                nc_ps_add_session(_poll, channel);
+                admit(channel);
             }
         }
-        if ((result & (NC_PSPOLL_SESSION_TERM | NC_PSPOLL_SESSION_ERROR)) && session != nullptr) {
-            std::lock_guard<std::mutex> one(_closing);
-            // Another thread may have seen the same end first.
-            if (nc_ps_del_session(_poll, session) == 0) {
-                closed(session);
-            }
+        // Another thread may have seen the same end first.
+        if ((result & (NC_PSPOLL_SESSION_TERM | NC_PSPOLL_SESSION_ERROR)) && session != nullptr &&
+            release(session)) {
+            closed(session);
         }
     }
     nc_thread_destroy();
+}
+
+void NetconfServer::admit(nc_session* session) {
+    {
+        std::lock_guard<std::mutex> hold(_sessionsLock);
+        if (_sessions.size() < kMostSessions) {
+            opened(session);
+            _sessions.push_back(session);
+            nc_ps_add_session(_poll, session);
+            return;
+        }
+    }
+    VESK_WARNING("NETCONF: session of %s from %s closed: %zu sessions are open already",
+                 nc_session_get_username(session), nc_session_get_host(session), kMostSessions);
+    nc_session_free(session, nullptr);
+}
+
+bool NetconfServer::release(nc_session* session) {
+    std::lock_guard<std::mutex> hold(_sessionsLock);
+    auto found = std::find(_sessions.begin(), _sessions.end(), session);
+    if (found == _sessions.end()) {
+        return false;
+    }
+    _sessions.erase(found);
+    nc_ps_del_session(_poll, session);
+    return true;
 }
 
 void NetconfServer::opened(nc_session* session) {
@@ -215,6 +239,7 @@ void NetconfServer::opened(nc_session* session) {
 }
 
 void NetconfServer::closed(nc_session* session) {
+    std::lock_guard<std::mutex> one(_closing);
     auto* data = static_cast<NetconfSession*>(nc_session_get_data(session));
     uint32_t id = nc_session_get_id(session);
     if (data != nullptr) {
@@ -244,9 +269,10 @@ bool NetconfServer::unlock(uint32_t session) {
 }
 
 bool NetconfServer::kill(uint32_t id, uint32_t by) {
-    for (uint16_t i = 0; i < nc_ps_session_count(_poll); ++i) {
-        nc_session* session = nc_ps_get_session(_poll, i);
-        if (session != nullptr && nc_session_get_id(session) == id) {
+    // Under the lock the session cannot be released and freed meanwhile.
+    std::lock_guard<std::mutex> hold(_sessionsLock);
+    for (nc_session* session : _sessions) {
+        if (nc_session_get_id(session) == id) {
             nc_session_set_term_reason(session, NC_SESSION_TERM_KILLED);
             nc_session_set_killed_by(session, by);
             nc_session_set_status(session, NC_STATUS_INVALID);

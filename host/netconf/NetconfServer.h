@@ -1,7 +1,8 @@
-// The host's NETCONF server over SSH: one listening endpoint, an accepting thread, and two
-// threads that serve the sessions' requests. Each session binds a host session of protocol
-// NETCONF with its authenticated user while it serves a request, so the agent's gates judge
-// the real user. Users and passwords come from the users file; the SSH host key lives in the
+// The host's NETCONF server over SSH: one listening endpoint, threads that accept clients (each
+// runs one client's SSH and hello handshake at a time, so that several clients are let in at
+// once), and threads that serve the sessions' requests. Each session binds a host session of
+// protocol NETCONF with its authenticated user while it serves a request, so the agent's gates
+// judge the real user. Users and passwords come from the users file; the SSH host key lives in the
 // state directory. One server per process (the protocol library is process-wide).
 #pragma once
 
@@ -31,6 +32,7 @@ struct NetconfConfig {
     std::string stateDirectory;     // where the host key is kept
     std::string modelDirectory;     // the station model
     std::string protocolDirectory;  // the protocol's own modules
+    int acceptingThreads = 4;       // handshakes that run at once
 };
 
 // Reads "[ADDR:]PORT" (an IPv6 address in brackets) into `config`. False, with the reason,
@@ -57,7 +59,8 @@ class NetconfServer {
     // Reads the users, makes the host key if missing, loads the modules and starts listening.
     // False, with the reason, otherwise (nothing is left running).
     bool start(const NetconfConfig& config, std::string* error);
-    // Closes every session (ending its subscription) and stops the threads.
+    // Stops the threads, then closes every open session (ending its subscription, its lock and
+    // its host session) and frees the protocol library's state.
     void stop();
 
     // For the operations, on the threads that serve requests.
@@ -70,14 +73,19 @@ class NetconfServer {
     bool lock(uint32_t session, uint32_t* holder);
     // Gives the lock back; false when `session` does not hold it.
     bool unlock(uint32_t session);
-    // Marks the session `id` killed by `by`; false when there is no such session.
+    // Marks the session `id` killed by `by`; false when there is no such session. Any thread.
     bool kill(uint32_t id, uint32_t by);
 
   private:
     void acceptLoop();
     void serveLoop();
+    // Takes a session whose handshake is done into the poll, or frees it when kMostSessions
+    // are open already.
+    void admit(nc_session* session);
+    // Takes `session` out of the poll; false when another thread took it first.
+    bool release(nc_session* session);
     void opened(nc_session* session);
-    // Ends the subscription, the lock and the host session of a session that ended.
+    // Ends the subscription, the lock and the host session of a released session, and frees it.
     void closed(nc_session* session);
 
     Host& _host;
@@ -87,8 +95,10 @@ class NetconfServer {
     nc_pollsession* _poll = nullptr;
     std::atomic<bool> _running{false};
     std::atomic<uint32_t> _lockHolder{0};
-    std::mutex _closing;  // one session ends at a time
-    std::thread _acceptor;
+    std::mutex _closing;                 // one session ends at a time
+    std::mutex _sessionsLock;            // guards _sessions
+    std::vector<nc_session*> _sessions;  // the sessions in the poll
+    std::vector<std::thread> _acceptors;
     std::vector<std::thread> _servers;
 };
 
