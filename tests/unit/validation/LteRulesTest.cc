@@ -22,7 +22,9 @@ using TibVeskOI::VeskLTEOI;
 using TibVeskOI::VeskOI;
 using vesk::dbtest::attr;
 using vesk::dbtest::committedString;
+using vesk::dbtest::number;
 using vesk::dbtest::putDn;
+using vesk::dbtest::text;
 
 const std::string kEnb = "ManagedElement=1,ENodeBFunction=1", kNet = kEnb + ",EUtraNetwork=1";
 const std::string kF1 = kNet + ",EUtranFrequency=1", kF2 = kNet + ",EUtranFrequency=2";
@@ -32,13 +34,6 @@ const std::string kX1 = kNet + ",ExternalENodeBFunction=1,ExternalEUtranCellFDD=
 const std::string kX2 = kNet + ",ExternalENodeBFunction=1,ExternalEUtranCellFDD=2";
 const std::string kRel = kC1 + ",EUtranFreqRelation=1,EUtranCellRelation=1";
 const std::string kMme = kEnb + ",TermPointToMme", kLte = "VeskLTEOI::";
-
-Attribute* number(const std::string& name, int value) {
-    return attr(name, AttributeVariant(value), IPCData::AVT_INT32);
-}
-Attribute* text(const std::string& name, const std::string& value) {
-    return attr(name, AttributeVariant(value), IPCData::AVT_STRING);
-}
 
 // One host value of one slot (or none): a number, or a text of type 9 or 11.
 struct Val {

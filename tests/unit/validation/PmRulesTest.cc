@@ -16,13 +16,10 @@ using TibVeskOI::VeskOI;
 using vesk::dbtest::attr;
 using vesk::dbtest::committedString;
 using vesk::dbtest::putDn;
+using vesk::dbtest::text;
 
 const std::string kPm = "ManagedElement=1,SystemFunctions=1,Pm=1";
 const std::string kEp = "ManagedElement=1,SystemFunctions=1,PmEventM=1,EventProducer=L";
-
-Attribute* text(const char* name, const std::string& value) {
-    return attr(name, AttributeVariant(value), IPCData::AVT_STRING);
-}
 
 class PmRules : public vesk::dbtest::DatabaseTest {
   protected:
