@@ -1,8 +1,10 @@
 #include "station/database/AttributeCodec.h"
 
 #include <algorithm>
-#include <cstring>
 #include <limits>
+#include <type_traits>
+
+#include "station/database/ValueInput.h"
 
 namespace vesk {
 namespace db {
@@ -30,14 +32,15 @@ void putText(std::string& out, const std::string& text) {
     out.append(text);
 }
 
-// Reads what the writers above wrote; every read fails rather than run past the end.
-class Input {
+// Reads what the writers above wrote: chars and floats as their bytes, whole numbers as
+// varints, a bool as a byte of 0 or 1, strings with their length.
+class Input : public ByteInput {
   public:
-    Input(const char* data, size_t size) : _data(data), _size(size) {}
+    using ByteInput::ByteInput;
     bool varint(uint64_t* v) {
         *v = 0;
-        for (int shift = 0; shift < 64 && _pos < _size; shift += 7) {
-            uint8_t byte = static_cast<uint8_t>(_data[_pos++]);
+        for (int shift = 0; shift < 64 && more(); shift += 7) {
+            uint8_t byte = next();
             if (shift == 63 && byte > 1)
                 return false;
             *v |= static_cast<uint64_t>(byte & 0x7f) << shift;
@@ -66,29 +69,28 @@ class Input {
         *v = static_cast<T>(raw);
         return true;
     }
-    template <typename T>
-    bool bytes(T* v) {
-        if (_size - _pos < sizeof(T))
-            return false;
-        std::memcpy(v, _data + _pos, sizeof(T));
-        _pos += sizeof(T);
-        return true;
-    }
     bool text(std::string* s) {
         uint64_t n = 0;
-        if (!varint(&n) || n > _size - _pos)
+        return varint(&n) && take(n, s);
+    }
+    // One value, as readValue() asks for it.
+    template <typename T>
+    bool read(T* v) {
+        if constexpr (sizeof(T) == 1 || std::is_floating_point<T>::value)
+            return bytes(v);
+        else if constexpr (std::is_signed<T>::value)
+            return signedInt(v);
+        else
+            return unsignedInt(v);
+    }
+    bool read(bool* v) {
+        uint8_t byte = 2;
+        if (!bytes(&byte) || byte > 1)
             return false;
-        s->assign(_data + _pos, n);
-        _pos += n;
+        *v = byte == 1;
         return true;
     }
-    bool atEnd() const { return _pos == _size; }
-    size_t left() const { return _size - _pos; }
-
-  private:
-    const char* _data;
-    size_t _size;
-    size_t _pos = 0;
+    bool read(std::string* s) { return text(s); }
 };
 
 struct ValueWriter : boost::static_visitor<void> {
@@ -108,58 +110,6 @@ struct ValueWriter : boost::static_visitor<void> {
     void operator()(char const* s) const { putText(out, s == nullptr ? "" : s); }
     std::string& out;
 };
-
-template <typename T, typename Read>
-bool readAs(AttributeVariant* value, Read read) {
-    T v{};
-    if (!read(&v))
-        return false;
-    *value = v;
-    return true;
-}
-
-bool readValue(Input& in, int which, AttributeVariant* value) {
-    switch (which) {
-        case AV_CHAR:
-            return readAs<char>(value, [&](char* v) { return in.bytes(v); });
-        case AV_UCHAR:
-            return readAs<unsigned char>(value, [&](unsigned char* v) { return in.bytes(v); });
-        case AV_BOOL: {
-            uint8_t byte = 2;
-            if (!in.bytes(&byte) || byte > 1)
-                return false;
-            *value = byte == 1;
-            return true;
-        }
-        case AV_SHORT:
-            return readAs<short>(value, [&](short* v) { return in.signedInt(v); });
-        case AV_INT:
-            return readAs<int>(value, [&](int* v) { return in.signedInt(v); });
-        case AV_LONGLONG:
-            return readAs<long long>(value, [&](long long* v) { return in.signedInt(v); });
-        case AV_USHORT:
-            return readAs<unsigned short>(value,
-                                          [&](unsigned short* v) { return in.unsignedInt(v); });
-        case AV_UINT:
-            return readAs<unsigned int>(value, [&](unsigned int* v) { return in.unsignedInt(v); });
-        case AV_ULONGLONG:
-            return readAs<unsigned long long>(
-                value, [&](unsigned long long* v) { return in.unsignedInt(v); });
-        case AV_FLOAT:
-            return readAs<float>(value, [&](float* v) { return in.bytes(v); });
-        case AV_DOUBLE:
-            return readAs<double>(value, [&](double* v) { return in.bytes(v); });
-        case AV_STRING: {
-            std::string s;
-            if (!in.text(&s))
-                return false;
-            *value = std::move(s);
-            return true;
-        }
-        default:
-            return false;
-    }
-}
 
 // A char const* value is written as the string it holds.
 int storedWhich(const AttributeVariant& value) {

@@ -25,6 +25,14 @@ Attribute* attr(const std::string& name, AttributeVariant value, IPCData::Attrib
     return new Attribute(false, name, value, 0, true, type, true, false);
 }
 
+Attribute* number(const std::string& name, int value) {
+    return attr(name, AttributeVariant(value), IPCData::AVT_INT32);
+}
+
+Attribute* text(const std::string& name, const std::string& value) {
+    return attr(name, AttributeVariant(value), IPCData::AVT_STRING);
+}
+
 std::unique_ptr<DBObject> object(const std::string& key, const std::string& parentDn,
                                  std::initializer_list<Attribute*> attributes) {
     auto made = std::make_unique<DBObject>(key, 1, true, false, IPCData::OPSTATE_DISABLED,

@@ -27,6 +27,9 @@ class TempDir {
 // An attribute as the agent builds one: not hidden, value set, modified.
 Attribute* attr(const std::string& name, AttributeVariant value,
                 IPCData::AttributeValueType type = IPCData::AVT_STRING);
+// An INT32 and a STRING attribute made by attr().
+Attribute* number(const std::string& name, int value);
+Attribute* text(const std::string& name, const std::string& value);
 
 // A new visible object `key` under `parentDn` with the given attributes.
 std::unique_ptr<DBObject> object(const std::string& key, const std::string& parentDn,

@@ -15,9 +15,7 @@ namespace {
 const char kParent[] = "ManagedElement=1,SystemFunctions=1,SecM=1";
 const char kCertM[] = "ManagedElement=1,SystemFunctions=1,SecM=1,CertM=1";
 
-Attribute* stringAttr(const std::string& name, const std::string& value) {
-    return vesk::dbtest::attr(name, value);
-}
+using vesk::dbtest::text;
 
 class ISecTest : public vesk::test::DatabaseFixture {
   protected:
@@ -36,7 +34,7 @@ class ISecTest : public vesk::test::DatabaseFixture {
     static DBObject certM(const std::string& label) {
         DBObject object("CertM=1", 1, true, false, IPCData::OPSTATE_DISABLED,
                         IPCData::ADMSTATE_UNLOCKED, kParent, 1);
-        object.addAttribute(*stringAttr("userLabel", label));
+        object.addAttribute(*text("userLabel", label));
         return object;
     }
 };
@@ -54,12 +52,12 @@ TEST_F(ISecTest, StagedChangesApplyOnCommittedOnly) {
     EXPECT_EQ(vesk::dbtest::committedString(kCertM, "userLabel"), "first");
 
     // An edit that is rolled back changes nothing; one that is committed reaches both stores.
-    std::unique_ptr<Attribute> second(stringAttr("userLabel", "second"));
+    std::unique_ptr<Attribute> second(text("userLabel", "second"));
     ASSERT_EQ(ISec::editMo(8, kCertM, second.get()), 1);
     ASSERT_EQ(ISec::rollback(8), 1);
     EXPECT_EQ(ISec::committed(8), 1);  // nothing left to confirm
     EXPECT_EQ(vesk::dbtest::committedString(kCertM, "userLabel"), "first");
-    std::unique_ptr<Attribute> third(stringAttr("userLabel", "third"));
+    std::unique_ptr<Attribute> third(text("userLabel", "third"));
     ASSERT_EQ(ISec::editMo(9, kCertM, third.get()), 1);
     ASSERT_EQ(ISec::committed(9), 1);
     EXPECT_EQ(vesk::dbtest::committedString(kCertM, "userLabel"), "third");
@@ -86,7 +84,7 @@ TEST_F(ISecTest, HandleZeroAppliesAtOnceAndUnknownMosFailAtCommit) {
     EXPECT_EQ(vesk::dbtest::committedString(kCertM, "userLabel"), "now");
 
     vesk::log::LogCapture capture;
-    std::unique_ptr<Attribute> label(stringAttr("userLabel", "x"));
+    std::unique_ptr<Attribute> label(text("userLabel", "x"));
     ASSERT_EQ(ISec::editMo(3, std::string(kParent) + ",CertM=2", label.get()), 1);
     EXPECT_EQ(ISec::committed(3), 0);
     EXPECT_EQ(capture.countContaining("ISec::applyEdit: no MO", VESK_LOG_ERROR), 1u);
@@ -114,7 +112,7 @@ TEST_F(ISecTest, InjectedFailuresChangeNothing) {
     EXPECT_EQ(vesk::isec::stagedCount(5), 0u);
 
     vesk::isec::failNext(vesk::isec::Operation::EditMo, 2);
-    std::unique_ptr<Attribute> label(stringAttr("userLabel", "x"));
+    std::unique_ptr<Attribute> label(text("userLabel", "x"));
     EXPECT_EQ(ISec::editMo(6, kCertM, label.get()), 0);
     EXPECT_EQ(ISec::editMo(6, kCertM, label.get()), 0);
     vesk::isec::failNext(vesk::isec::Operation::DeleteMo, 1);
@@ -125,7 +123,7 @@ TEST_F(ISecTest, InjectedFailuresChangeNothing) {
 TEST_F(ISecTest, ActionsAreRecordedWithTheirParameters) {
     DBObject parameters(kCertM, 1, true, false, IPCData::OPSTATE_DISABLED,
                         IPCData::ADMSTATE_UNLOCKED);
-    parameters.addAttribute(*stringAttr("uri", "sftp://host/cert"));
+    parameters.addAttribute(*text("uri", "sftp://host/cert"));
     parameters.addAttribute(
         *new Attribute(false, "timeout", 30, 0, true, IPCData::AVT_INT32, true, false));
     EXPECT_EQ(ISec::executeAction("installTrustedCertFromUri", &parameters), 1);

@@ -13,6 +13,7 @@ namespace {
 
 using TibVeskCM::VeskCheckExceptions;
 using vesk::dbtest::attr;
+using vesk::dbtest::number;
 using vesk::dbtest::putDn;
 using vesk::log::LogCapture;
 
@@ -29,9 +30,6 @@ const std::string kFrequency1300 =
 
 Attribute* flag(const std::string& name, bool value) {
     return attr(name, AttributeVariant(value), IPCData::AVT_BOOL);
-}
-Attribute* number(const std::string& name, int value) {
-    return attr(name, AttributeVariant(value), IPCData::AVT_INT32);
 }
 
 // A committed network: an LTE function whose only enabled cells are a TDD cell and a struct

@@ -12,6 +12,7 @@
 #include "platform/VeskMessages.h"
 #include "station/framework/EventQueueHandler.h"
 #include "station/log/LogControl.h"
+#include "unit/Eventually.h"
 
 namespace {
 
@@ -20,6 +21,7 @@ using VESK::Framework::EventQueueHandler;
 using VESK::Framework::EventWithMessage;
 using VESK::Framework::ReactiveStateMachine;
 using VESK::Framework::Semaphore;
+using vesk::test::eventually;
 
 constexpr int kInitial = 1998;
 constexpr int kFinal = 1999;
@@ -87,15 +89,6 @@ class RecordingMachine : public ReactiveStateMachine {
     int _delayUs;
 };
 
-bool waitUntil(const std::function<bool()>& done) {
-    for (int i = 0; i < 5000; ++i) {
-        if (done())
-            return true;
-        std::this_thread::sleep_for(std::chrono::milliseconds(1));
-    }
-    return done();
-}
-
 TEST(StateMachine, EventsAreCopiedAndProcessedInOrderOnTheMachineThread) {
     RecordingMachine machine;
     machine.initializeStateMachine();
@@ -113,7 +106,7 @@ TEST(StateMachine, EventsAreCopiedAndProcessedInOrderOnTheMachineThread) {
     std::thread a(produce, 0), b(produce, 1);
     a.join();
     b.join();
-    ASSERT_TRUE(waitUntil([&] { return machine.seenCount() == 2 * kPerProducer; }));
+    ASSERT_TRUE(eventually([&] { return machine.seenCount() == 2 * kPerProducer; }));
 
     std::lock_guard<std::mutex> lock(machine.mutex);
     int next[2] = {0, 0};
@@ -141,7 +134,7 @@ TEST(StateMachine, FinalStateRefusesAndDropsLaterEvents) {
     for (int i = 1; i <= 3; ++i)
         machine.enqueueEvent(PayloadEvent(kWork, 0, i), false);
     g_gate.post();
-    ASSERT_TRUE(waitUntil([&] { return machine.hasTerminated(); }));
+    ASSERT_TRUE(eventually([&] { return machine.hasTerminated(); }));
     EXPECT_FALSE(machine.allowEnqueue());
     EXPECT_FALSE(machine.enqueueEvent(PayloadEvent(kWork, 0, 9), false));
     EXPECT_EQ(1u, capture.count("ReactiveStateMachine: event 1001 refused, the machine has "
@@ -163,13 +156,13 @@ TEST(StateMachine, UnhandledEventReleasesItsMessageAndHandledOneDoesNot) {
     ASSERT_EQ(1, CountedMessage::alive.load());
     EventWithMessage event(kIgnored, message);
     ASSERT_TRUE(machine.enqueueEvent(event, false));
-    ASSERT_TRUE(waitUntil([] { return CountedMessage::alive == 0; }));
+    ASSERT_TRUE(eventually([] { return CountedMessage::alive == 0; }));
 
     // A handled event leaves the message to the handler.
     auto* kept = new CountedMessage();
     EventWithMessage work(kWork, kept);
     ASSERT_TRUE(machine.enqueueEvent(work, false));
-    ASSERT_TRUE(waitUntil([&] { return machine.seenCount() == 1; }));
+    ASSERT_TRUE(eventually([&] { return machine.seenCount() == 1; }));
     machine.stopQueue();
     EXPECT_EQ(1, CountedMessage::alive.load());
     EXPECT_EQ(kept, work.message);
@@ -187,7 +180,7 @@ TEST(StateMachine, DestructionWithEventsInFlightProcessesOrDropsEachOnce) {
         for (int i = 0; i < 200; ++i)
             machine.enqueueEvent(PayloadEvent(kWork, 0, i), false);
         // Stop while the queue is part way through, whatever the load of the machine.
-        ASSERT_TRUE(waitUntil([&] { return machine.seenCount() > 0; }));
+        ASSERT_TRUE(eventually([&] { return machine.seenCount() > 0; }));
         machine.stopQueue();
         processed = machine.seenCount();
         EXPECT_FALSE(machine.enqueueEvent(PayloadEvent(kWork, 0, 999), false));
@@ -206,10 +199,10 @@ TEST(StateMachine, SharedQueueServesSeveralMachinesAndForgetsADestroyedOne) {
         first.enqueueEvent(PayloadEvent(kWork, 1, i), false);
         second.enqueueEvent(PayloadEvent(kWork, 2, i), false);
     }
-    ASSERT_TRUE(waitUntil([&] { return first.seenCount() == 50; }));
+    ASSERT_TRUE(eventually([&] { return first.seenCount() == 50; }));
     second.stopQueue();  // drops what is left of the second machine's events
     first.enqueueEvent(Event(kQuit), false);
-    ASSERT_TRUE(waitUntil([&] { return first.hasTerminated(); }));
+    ASSERT_TRUE(eventually([&] { return first.hasTerminated(); }));
     // The queue goes on for other machines after one has terminated.
     EXPECT_FALSE(first.enqueueEvent(PayloadEvent(kWork, 1, 99), false));
     EXPECT_EQ(50u, first.seenCount());

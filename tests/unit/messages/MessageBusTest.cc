@@ -14,6 +14,7 @@
 #include "station/log/LogControl.h"
 #include "station/messages/MessageBus.h"
 #include "station/messages/MessageCodec.h"
+#include "unit/Eventually.h"
 
 // The two entries that the agent exports, defined here so that the station finds them in this
 // program by name.
@@ -29,6 +30,7 @@ void vesk_cm_frequencyValidationResponse(int valid) {
 
 namespace {
 
+using vesk::test::eventually;
 using namespace VESK::Messages;
 using VESK::Framework::Event;
 using VESK::Framework::EventWithMessage;
@@ -72,13 +74,6 @@ class AnswerMachine : public ReactiveStateMachine {
     std::vector<std::pair<int, uint32_t>> received;
     std::vector<std::string> operations;
 };
-
-bool waitUntil(const std::function<bool()>& done) {
-    for (int i = 0; i < 5000 && !done(); ++i) {
-        std::this_thread::sleep_for(std::chrono::milliseconds(1));
-    }
-    return done();
-}
 
 TEST(MessageBus, SendsSerialisedBytesToTheRegisteredComponentOnly) {
     vesk::log::LogCapture capture;
@@ -125,7 +120,7 @@ TEST(MessageBus, UnregisterWaitsForTheCallInProgress) {
         return true;
     });
     std::thread sender([] { Messaging::sendVeskMessage(8, VESK_WriteAutointegrationLog()); });
-    ASSERT_TRUE(waitUntil([&] { return inside.load(); }));
+    ASSERT_TRUE(eventually([&] { return inside.load(); }));
     vesk::station::unregisterComponent(8);
     EXPECT_TRUE(finished.load());
     sender.join();
@@ -148,7 +143,7 @@ TEST(InboundRouter, AnswersReachTheSubscribedMachineAsEventsOnce) {
     EXPECT_TRUE(vesk::station::deliverInbound(brmAnswer.serialize()));
     EXPECT_TRUE(vesk::station::deliverInbound(VESK_SwOssUpdateResp().serialize()));
     EXPECT_TRUE(vesk::station::deliverInbound(VESK_InitialiseSWResp().serialize()));
-    ASSERT_TRUE(waitUntil([&] { return brm.count() == 1 && swm.count() == 2; }));
+    ASSERT_TRUE(eventually([&] { return brm.count() == 1 && swm.count() == 2; }));
     EXPECT_EQ((std::vector<std::string>{"confirmRestore"}), brm.operations);
     EXPECT_EQ(std::make_pair(1016, 8197u), swm.received[0]);
     EXPECT_EQ(std::make_pair(1014, 4146u), swm.received[1]);
@@ -163,7 +158,7 @@ TEST(InboundRouter, AnswersReachTheSubscribedMachineAsEventsOnce) {
     EXPECT_FALSE(vesk::station::deliverInbound(VESK_BrMOperationReq().serialize()));
     EXPECT_EQ(1u, capture.count("InboundRouter: message 4216 is no answer", 2));
     brm.enqueueEvent(Event(1000), false);
-    ASSERT_TRUE(waitUntil([&] { return brm.hasTerminated(); }));
+    ASSERT_TRUE(eventually([&] { return brm.hasTerminated(); }));
     EXPECT_FALSE(vesk::station::deliverInbound(brmAnswer.serialize()));
     EXPECT_EQ(1u, capture.count("InboundRouter: message 4217 not delivered, the machine refused "
                                 "event 1015",
@@ -186,7 +181,7 @@ TEST(InboundRouter, AnswersWithoutEventsReachTheExportedEntries) {
     vesk::boamStatusStore(&boamSetAttributeReponseStatus, 1);
     std::thread peer([] { vesk::station::deliverBoamSetAttributeStatus(0); });
     EXPECT_TRUE(
-        waitUntil([] { return vesk::boamStatusLoad(&boamSetAttributeReponseStatus) == 0; }));
+        eventually([] { return vesk::boamStatusLoad(&boamSetAttributeReponseStatus) == 0; }));
     peer.join();
 
     int before = g_validationAnswers;

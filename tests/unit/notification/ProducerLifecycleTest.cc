@@ -6,11 +6,14 @@
 #include "platform/OrlController.h"
 #include "station/framework/FrameworkControl.h"
 #include "station/log/LogControl.h"
+#include "unit/Eventually.h"
 #include "unit/notification/ProducerFixture.h"
 
 namespace vesk {
 namespace notificationtest {
 namespace {
+
+using vesk::test::eventually;
 
 const char kOrdering[] =
     "VeskCmEventProducer::subcribeDbNotif: Ordering attribute changed notifications from "
@@ -23,13 +26,6 @@ const char kWaitingStatus[] =
 
 OrlReturnT nothing(const char*, const char*, const char*, void**) {
     return OrlNotExist;
-}
-
-bool eventually(const std::function<bool()>& done) {
-    for (int i = 0; i < 500 && !done(); ++i) {
-        std::this_thread::sleep_for(std::chrono::milliseconds(10));
-    }
-    return done();
 }
 
 class ProducerLifecycleTest : public dbtest::DatabaseTest {

@@ -21,20 +21,15 @@ namespace {
 using TibVeskOI::VeskLTEOI;
 using vesk::dbtest::attr;
 using vesk::dbtest::committedString;
+using vesk::dbtest::number;
 using vesk::dbtest::putDn;
+using vesk::dbtest::text;
 
 const std::string kEnb = "ManagedElement=1,ENodeBFunction=1", kNet = kEnb + ",EUtraNetwork=1";
 const std::string kFdd = kEnb + ",EUtranCellFDD=1", kTdd = kEnb + ",EUtranCellTDD=1";
 const std::string kCa = kEnb + ",CarrierAggregationFunction=1";
 const std::string kWifi = kEnb + ",WiFiChannelSelection=1";
 const std::string kCandidates = kWifi + ",WiFiChannelSelection=1:candidateChannels";
-
-Attribute* number(const std::string& name, int value) {
-    return attr(name, AttributeVariant(value), IPCData::AVT_INT32);
-}
-Attribute* text(const std::string& name, const std::string& value) {
-    return attr(name, AttributeVariant(value), IPCData::AVT_STRING);
-}
 
 // Candidate channels from "channel40=1 channel36=0", into the view of `handle`.
 void putCandidates(const std::string& members, int handle) {

@@ -22,7 +22,9 @@ using TibVeskOI::VeskLTEOI;
 using TibVeskOI::VeskOI;
 using vesk::dbtest::attr;
 using vesk::dbtest::committedString;
+using vesk::dbtest::number;
 using vesk::dbtest::putDn;
+using vesk::dbtest::text;
 
 const std::string kRulesEnb = "ManagedElement=1,ENodeBFunction=1",
                   kRulesNet = kRulesEnb + ",EUtraNetwork=1";
@@ -33,13 +35,6 @@ const std::string kX1 = kRulesNet + ",ExternalENodeBFunction=1,ExternalEUtranCel
 const std::string kX2 = kRulesNet + ",ExternalENodeBFunction=1,ExternalEUtranCellFDD=2";
 const std::string kRel = kC1 + ",EUtranFreqRelation=1,EUtranCellRelation=1";
 const std::string kMme = kRulesEnb + ",TermPointToMme", kLte = "VeskLTEOI::";
-
-Attribute* ruleNumber(const std::string& name, int value) {
-    return attr(name, AttributeVariant(value), IPCData::AVT_INT32);
-}
-Attribute* ruleText(const std::string& name, const std::string& value) {
-    return attr(name, AttributeVariant(value), IPCData::AVT_STRING);
-}
 
 // One host value of one slot (or none): a number, or a text of type 9 or 11.
 struct Val {
@@ -93,32 +88,32 @@ class LteRules : public vesk::dbtest::DatabaseTest {
   protected:
     void SetUp() override {
         DatabaseTest::SetUp();
-        putDn("OAM", {ruleNumber("AI_phase", 4)});
+        putDn("OAM", {number("AI_phase", 4)});
         putDn("StaticParams", {attr("autoLBDisabled", AttributeVariant(false), IPCData::AVT_BOOL)});
         for (const std::string& dn : {std::string("ManagedElement=1"), kRulesEnb, kRulesNet,
                                       kRulesNet + ",ExternalENodeBFunction=1", kX1, kX2})
             putDn(dn, {});
-        putDn(kF1, {ruleNumber("arfcnValueEUtranDl", 17999)});
-        putDn(kF2, {ruleNumber("arfcnValueEUtranDl", 1300)});
-        putDn(kRulesNet + ",EUtranFrequency=3", {ruleText("arfcnValueEUtranDl", "3100")});
-        putDn(kC1, {ruleNumber("earfcndl", 17999), ruleNumber("administrativeState", 1)});
-        putDn(kC2, {ruleNumber("earfcndl", 18000), ruleNumber("administrativeState", 1)});
-        putDn(kC3, {ruleText("earfcndl", "17999"), ruleNumber("administrativeState", 0)});
-        putDn(kRulesTdd, {ruleNumber("earfcn", 38000), ruleNumber("administrativeState", 0)});
+        putDn(kF1, {number("arfcnValueEUtranDl", 17999)});
+        putDn(kF2, {number("arfcnValueEUtranDl", 1300)});
+        putDn(kRulesNet + ",EUtranFrequency=3", {text("arfcnValueEUtranDl", "3100")});
+        putDn(kC1, {number("earfcndl", 17999), number("administrativeState", 1)});
+        putDn(kC2, {number("earfcndl", 18000), number("administrativeState", 1)});
+        putDn(kC3, {text("earfcndl", "17999"), number("administrativeState", 0)});
+        putDn(kRulesTdd, {number("earfcn", 38000), number("administrativeState", 0)});
         for (const std::string& cell : {kC1, kC2, kC3}) {
-            putDn(cell + ",EUtranFreqRelation=1", {ruleText("eutranFrequencyRef", kF1)});
+            putDn(cell + ",EUtranFreqRelation=1", {text("eutranFrequencyRef", kF1)});
             putDn(cell + ",EUtranFreqRelation=2",
-                  {ruleText("eutranFrequencyRef", "EUtranFrequency=2")});
+                  {text("eutranFrequencyRef", "EUtranFrequency=2")});
             for (int i = 3; i <= 8; ++i)
                 putDn(cell + ",EUtranFreqRelation=" + std::to_string(i), {});
         }
-        putDn(kRel, {ruleText("neighborCellRef", kX1)});
-        putDn(kMme + "=1", {ruleText("ipAddress1", "10.0.0.1"), ruleText("ipAddress2", "10.0.0.2"),
-                            ruleNumber("administrativeState", 1)});
-        putDn(kMme + "=2", {ruleText("ipAddress1", "10.0.0.3"), ruleText("ipAddress2", "0.0.0.0"),
-                            ruleNumber("administrativeState", 0)});
-        putDn(kMme + "=3", {ruleText("ipAddress1", "10.0.0.4"), ruleText("ipAddress2", "10.0.0.5"),
-                            ruleText("administrativeState", "UNLOCKED")});
+        putDn(kRel, {text("neighborCellRef", kX1)});
+        putDn(kMme + "=1", {text("ipAddress1", "10.0.0.1"), text("ipAddress2", "10.0.0.2"),
+                            number("administrativeState", 1)});
+        putDn(kMme + "=2", {text("ipAddress1", "10.0.0.3"), text("ipAddress2", "0.0.0.0"),
+                            number("administrativeState", 0)});
+        putDn(kMme + "=3", {text("ipAddress1", "10.0.0.4"), text("ipAddress2", "10.0.0.5"),
+                            text("administrativeState", "UNLOCKED")});
     }
 
     // Hands the row's change to the validation component under handle `tx`.
@@ -217,7 +212,7 @@ TEST_F(LteRules, MmeTerminations) {
     for (int i = 4; i <= 17; ++i) {
         check({"Count", 'c', kMme, {{a1, str("10.0.1.1")}}, i <= 16 ? 0 : -9, i <= 16 ? "" : full},
               400 + i);
-        putDn(kMme + "=" + std::to_string(i), {ruleText(a1, "0.0.0.0"), ruleText(a2, "0.0.0.0")});
+        putDn(kMme + "=" + std::to_string(i), {text(a1, "0.0.0.0"), text(a2, "0.0.0.0")});
     }
 }
 

@@ -16,13 +16,10 @@ using TibVeskOI::VeskOI;
 using vesk::dbtest::attr;
 using vesk::dbtest::committedString;
 using vesk::dbtest::putDn;
+using vesk::dbtest::text;
 
 const std::string kPm = "ManagedElement=1,SystemFunctions=1,Pm=1";
 const std::string kEp = "ManagedElement=1,SystemFunctions=1,PmEventM=1,EventProducer=L";
-
-Attribute* pmText(const char* name, const std::string& value) {
-    return attr(name, AttributeVariant(value), IPCData::AVT_STRING);
-}
 
 class PmRules : public vesk::dbtest::DatabaseTest {
   protected:
@@ -67,11 +64,11 @@ TEST_F(PmRules, CommitRepairsAnEventJob) {
     const std::string job = kEp + ",EventJob=10000", f = job + ",EventJob=10000:eventFilter=";
     putDn(kEp + ",EventFilterType=cells", {});
     putDn(job,
-          {pmText("eventJobId", "10000"),
+          {text("eventJobId", "10000"),
            attr("eventFilter", AttributeVariant(f + "1;" + f + "2"), IPCData::AVT_STRUCT_LIST)});
-    putDn(f + "1", {pmText("filterName", "cells")});
-    putDn(f + "2", {pmText("filterName", "cells")});
-    putDn(kEp + ",EventJob=10005", {pmText("eventJobId", "10005"), pmText("jobGroup", "JG3")});
+    putDn(f + "1", {text("filterName", "cells")});
+    putDn(f + "2", {text("filterName", "cells")});
+    putDn(kEp + ",EventJob=10005", {text("eventJobId", "10005"), text("jobGroup", "JG3")});
     TibVeskOI::VeskPMOI& pm = *TibVeskOI::VeskPMOI::instance();
     int h = IDatabase::transaction(IPCData::OP_TX_OPEN, 0, false);
     EXPECT_EQ(pm.validatePMCommit(job, h), 0);

@@ -150,9 +150,7 @@ class WriterFixture : public vesk::txtest::TransactionTest {
         commitObject("EUtranFreqRelation=1", kCell);
     }
     void commitObject(const std::string& rdn, const std::string& parent) {
-        DBObject object(rdn, 1, true, false, IPCData::OPSTATE_ENABLED, IPCData::ADMSTATE_UNLOCKED,
-                        parent, 1);
-        ASSERT_NE(IDatabase::insert(&object, 0), 0) << rdn;
+        put(rdn, parent, {}, true);
     }
     // Commits the open transaction and opens the next one.
     void commitAndReopen() {
