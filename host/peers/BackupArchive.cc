@@ -13,7 +13,7 @@ namespace peers {
 namespace {
 
 const char* const kManifest = "manifest.json";
-const char* const kLayouts = "layouts.bin";
+const char* const kLayoutsEntry = "layouts.bin";
 const char* const kObjects = "objects.bin";
 // 2: the layouts kept once, in their own entry (1 wrote one with each object).
 const int kFormat = 2;
@@ -186,7 +186,7 @@ bool writeBackupArchive(const std::string& path, const std::vector<db::ObjectPtr
     }
     // Fast compression: the archive is written while the station keeps serving.
     if (!addEntry(archive, kManifest, head, 6, error) ||
-        !addEntry(archive, kLayouts, shapes, 6, error) ||
+        !addEntry(archive, kLayoutsEntry, shapes, 6, error) ||
         !addEntry(archive, kObjects, data, 1, error)) {
         zip_discard(archive);
         return false;
@@ -233,12 +233,12 @@ bool readBackupArchive(const std::string& path, std::vector<db::StoredObject>* o
         return false;
     }
     db::Layouts layouts;
-    if (!readEntry(archive, kLayouts, &data, error)) {
+    if (!readEntry(archive, kLayoutsEntry, &data, error)) {
         *error = path + ": " + *error;
         return false;
     }
     if (!decodeLayouts(data, &layouts)) {
-        *error = path + ": " + kLayouts + " does not decode";
+        *error = path + ": " + kLayoutsEntry + " does not decode";
         return false;
     }
     if (!readEntry(archive, kObjects, &data, error)) {

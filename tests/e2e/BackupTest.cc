@@ -199,7 +199,7 @@ TEST_F(BackupTest, DamageFailureAndSilence) {
     EXPECT_EQ(run("peer swm show")["result"].back()["answer"]["info"], "failed mid-way");
     // An answer naming another request is not taken: the wait ends as without one.
     run("peer swm stale");
-    Json stale = act(kSwM + ",UpgradePackage=1 prepare");
+    Json stale = act(kBackupSwM + ",UpgradePackage=1 prepare");
     EXPECT_EQ(stale["code"], "OrlFailure");
     EXPECT_NE(stale["reasons"].dump().find("don't match request id"), std::string::npos);
     // No answer: the waits end (30 s and 10 s on the test's fast clock).
